@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QCoroTask>
+#include <QObject>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace ostra {
+
+/// Time, so that tests can turn it by hand. Owned by the application (or the test) and outlives
+/// everything that sleeps on it. Thread-safe: any thread may ask and sleep.
+class Scheduler {
+public:
+    using Duration = std::chrono::nanoseconds;
+
+    /// A pending wake-up. Destroying or cancelling it from the context's thread means that the
+    /// callback will not run any more.
+    class Timer {
+    public:
+        virtual ~Timer() = default;
+    };
+
+    virtual ~Scheduler() = default;
+
+    /// Monotonic; only differences mean anything.
+    virtual Duration now() const = 0;
+
+    /// Runs `wake` once, on `context`'s thread, when `delay` has passed; never before this call
+    /// returns, and not at all once the timer or the context is gone.
+    [[nodiscard]] virtual std::unique_ptr<Timer> after(Duration delay, QObject *context,
+                                                       std::function<void()> wake) = 0;
+
+    /// Suspends the calling coroutine for `delay` and resumes it on the calling thread, which must
+    /// run an event loop.
+    QCoro::Task<> sleep(Duration delay);
+};
+
+} // namespace ostra
