@@ -1,0 +1,88 @@
+#include "SingleInstance.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QLocalSocket>
+#include <QThread>
+
+using namespace std::chrono_literals;
+
+namespace ostra {
+
+namespace {
+constexpr auto kShow = "show ";
+constexpr auto kShown = "shown\n";
+constexpr qint64 kLongestRequest = 4096;
+} // namespace
+
+SingleInstance::SingleInstance(const QString &folder, QObject *parent)
+    : QObject(parent), m_socketPath(folder + QStringLiteral("/client.sock")),
+      m_lock(folder + QStringLiteral("/client.lock"))
+{
+    QDir().mkpath(folder);
+    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    m_lock.setStaleLockTime(0ms); // only a dead holder's lock is stale, however old
+    connect(&m_server, &QLocalServer::newConnection, this, &SingleInstance::answer);
+}
+
+SingleInstance::Start SingleInstance::start(const QByteArray &activationToken,
+                                            std::chrono::milliseconds patience)
+{
+    if (!m_lock.tryLock(0ms) && m_lock.error() == QLockFile::LockFailedError) {
+        return askHolder(activationToken, patience) ? Start::handedOver : Start::unreachable;
+    }
+    // Whoever holds the lock owns the socket's name, so what lies there is left over.
+    QLocalServer::removeServer(m_socketPath);
+    m_server.setSocketOptions(QLocalServer::UserAccessOption);
+    m_server.listen(m_socketPath);
+    return Start::first;
+}
+
+bool SingleInstance::askHolder(const QByteArray &activationToken,
+                               std::chrono::milliseconds patience) const
+{
+    const QDeadlineTimer deadline(patience);
+    // The holder may be just starting and not listen yet; this start has no window to freeze.
+    while (!deadline.hasExpired()) {
+        QLocalSocket socket;
+        socket.connectToServer(m_socketPath);
+        if (socket.waitForConnected(100)) {
+            socket.write(kShow + activationToken.simplified() + '\n');
+            if (socket.waitForReadyRead(static_cast<int>(deadline.remainingTime()))) {
+                return socket.readAll().startsWith(kShown);
+            }
+            return false;
+        }
+        QThread::msleep(50);
+    }
+    return false;
+}
+
+void SingleInstance::answer()
+{
+    while (QLocalSocket *socket = m_server.nextPendingConnection()) {
+        connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+        const auto read = [this, socket] {
+            if (socket->bytesAvailable() > kLongestRequest) {
+                socket->abort();
+            }
+            if (!socket->canReadLine()) {
+                return;
+            }
+            const QByteArray line = socket->readLine().trimmed();
+            const QByteArray verb = QByteArray(kShow).trimmed();
+            if (line.startsWith(verb)) {
+                socket->write(kShown);
+                emit showRequested(line.mid(verb.size()).trimmed());
+            }
+            socket->disconnectFromServer();
+        };
+        connect(socket, &QLocalSocket::readyRead, this, read);
+        if (socket->bytesAvailable() > 0) {
+            read();
+        }
+    }
+}
+
+} // namespace ostra
