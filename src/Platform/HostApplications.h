@@ -4,9 +4,8 @@
 #include <QString>
 #include <QUrl>
 
-#include <tl/expected.hpp>
-
 #include <memory>
+#include <tl/expected.hpp>
 #include <vector>
 
 namespace ostra {

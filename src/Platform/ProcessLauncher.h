@@ -1,10 +1,9 @@
 #pragma once
 
-#include <tl/expected.hpp>
-
 #include <QString>
 
 #include <memory>
+#include <tl/expected.hpp>
 
 namespace ostra {
 

@@ -15,8 +15,8 @@ class Scheduler {
 public:
     using Duration = std::chrono::nanoseconds;
 
-    /// A pending wake-up. Destroying or cancelling it from the context's thread means that the
-    /// callback will not run any more.
+    /// A pending wake-up. Once it is destroyed, on the thread that made it, the callback will not
+    /// run any more; the callback itself may do that.
     class Timer {
     public:
         virtual ~Timer() = default;
@@ -27,8 +27,9 @@ public:
     /// Monotonic; only differences mean anything.
     virtual Duration now() const = 0;
 
-    /// Runs `wake` once, on `context`'s thread, when `delay` has passed; never before this call
-    /// returns, and not at all once the timer or the context is gone.
+    /// Runs `wake` once when `delay` has passed; never before this call returns, and not at all
+    /// once the timer or the context is gone. `context` lives on the calling thread, which is the
+    /// one that `wake` runs on.
     [[nodiscard]] virtual std::unique_ptr<Timer> after(Duration delay, QObject *context,
                                                        std::function<void()> wake) = 0;
 

@@ -17,10 +17,7 @@ public:
         m_timer->setSingleShot(true);
         m_timer->setTimerType(Qt::PreciseTimer);
         m_timer->callOnTimeout(context, std::move(wake));
-        // The timer must be started by the thread that it fires on.
-        QMetaObject::invokeMethod(m_timer, [timer = m_timer, delay] {
-            timer->start(std::chrono::ceil<std::chrono::milliseconds>(delay));
-        });
+        m_timer->start(std::chrono::ceil<std::chrono::milliseconds>(delay));
     }
     ~QtTimer() override
     {
