@@ -1,0 +1,15 @@
+import QtQuick
+import Ostra.Design
+
+/// One of several options. A press asks (`onClicked`); `selected` follows the model.
+DSChoiceRow {
+    id: root
+
+    property bool selected: false
+
+    role: Accessible.RadioButton
+    chosen: root.selected
+    mark: DSOptionMark {
+        selected: root.selected
+    }
+}

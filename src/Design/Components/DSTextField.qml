@@ -1,0 +1,59 @@
+import QtQuick
+import QtQuick.Templates as T
+import Ostra.Design
+
+/// One line of typed text. Return submits; Esc cancels. Bind `text` to the model and write back in
+/// `onTextEdited`.
+T.TextField {
+    id: root
+
+    property string placeholder
+    /// Takes the keyboard as soon as it exists, for fields that open on a press.
+    property bool takesFocus: false
+
+    signal submitted
+    signal cancelled
+
+    implicitWidth: 120
+    implicitHeight: Math.ceil(root.contentHeight) + root.topPadding + root.bottomPadding
+    leftPadding: 7
+    rightPadding: 7
+    topPadding: 4
+    bottomPadding: 4
+    font: DS.mono(10.5)
+    color: DS.color.ink
+    selectionColor: DS.color.ink2
+    selectedTextColor: DS.color.paper
+    verticalAlignment: TextInput.AlignVCenter
+    renderType: Text.NativeRendering
+    selectByMouse: true
+    hoverEnabled: true
+    opacity: root.enabled ? 1 : 0.55
+
+    onAccepted: root.submitted()
+    Keys.onEscapePressed: root.cancelled()
+    Component.onCompleted: if (root.takesFocus)
+        root.forceActiveFocus(Qt.OtherFocusReason)
+
+    Accessible.role: Accessible.EditableText
+    Accessible.name: root.placeholder
+    Accessible.onPressAction: root.forceActiveFocus(Qt.OtherFocusReason)
+
+    background: Rectangle {
+        radius: DS.radius
+        color: DS.color.paper
+        border.width: 1
+        border.color: root.activeFocus ? DS.color.ink2 : root.hovered ? DS.color.greyDim : DS.color.line
+    }
+
+    DSText {
+        x: root.leftPadding
+        width: root.width - root.leftPadding - root.rightPadding
+        height: root.height
+        visible: root.text === "" && root.preeditText === ""
+        text: root.placeholder
+        font: root.font
+        color: DS.color.greyDim
+        decorative: true
+    }
+}

@@ -1,0 +1,56 @@
+#include "Design/DSAccessible.h"
+
+#include <QAccessible>
+#include <QtQml/qqml.h>
+
+namespace ostra {
+
+const DSAccessible *DSAccessible::of(const QObject *object)
+{
+    return qobject_cast<DSAccessible *>(qmlAttachedPropertiesObject<DSAccessible>(object, false));
+}
+
+void DSAccessible::setExpandable(bool expandable)
+{
+    if (m_expandable != expandable) {
+        m_expandable = expandable;
+        emit expandableChanged();
+    }
+}
+
+void DSAccessible::setExpanded(bool expanded)
+{
+    if (m_expanded == expanded) {
+        return;
+    }
+    m_expanded = expanded;
+    QAccessible::State changed;
+    changed.expanded = true;
+    QAccessibleStateChangeEvent event(parent(), changed);
+    QAccessible::updateAccessibility(&event);
+    emit expandedChanged();
+}
+
+void DSAccessible::setPopup(QQuickItem *popup)
+{
+    if (m_popup == popup) {
+        return;
+    }
+    m_popup = popup;
+    if (popup != nullptr) {
+        auto *attached =
+            qobject_cast<DSAccessible *>(qmlAttachedPropertiesObject<DSAccessible>(popup, true));
+        attached->m_owner = qobject_cast<QQuickItem *>(parent());
+    }
+    emit popupChanged();
+}
+
+void DSAccessible::announce()
+{
+    QAccessibleEvent shown(parent(), QAccessible::ObjectShow);
+    QAccessible::updateAccessibility(&shown);
+    QAccessibleEvent alert(parent(), QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}
+
+} // namespace ostra
