@@ -382,6 +382,19 @@ class EndToEnd(unittest.TestCase):
         eventually(self.socket_path.exists, "the service's socket")
         return process
 
+    def ask(self, cmd, **members):
+        """One request to the service on this home, and its reply, on a connection of its own."""
+        with socket.socket(socket.AF_UNIX) as connection:
+            connection.settimeout(15)
+            connection.connect(str(self.socket_path))
+            connection.sendall(json.dumps({"cmd": cmd, **members}).encode() + b"\n")
+            with connection.makefile("rb") as lines:
+                for line in lines:
+                    reply = json.loads(line)
+                    if "type" in reply:
+                        return reply
+        raise AssertionError(f"{cmd}: the service closed the connection")
+
     def scripted_service(self, **replies):
         service = ScriptedService(self.socket_path, **replies)
         self.addCleanup(service.stop)
