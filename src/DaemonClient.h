@@ -1,10 +1,11 @@
 #pragma once
 
+#include "EventStream.h"
 #include "Models/Command.h"
-#include "Models/Event.h"
 #include "Models/Response.h"
 
 #include <QCoroTask>
+#include <QThread>
 
 #include <functional>
 #include <memory>
@@ -14,7 +15,6 @@
 namespace ostra {
 
 class Scheduler;
-class EventStream;
 
 /// The one connection to the service: a Unix-domain stream socket that carries one JSON object per
 /// line. Replies are matched to requests strictly in the order of sending; lines that the service
@@ -70,23 +70,13 @@ public:
 
 private:
     class Context;
-    std::shared_ptr<Context> m_context;
-};
 
-/// Pushed events in order, without limit. Consumed by one coroutine, on the thread that made it.
-class EventStream {
-public:
-    class Channel;
-    explicit EventStream(std::shared_ptr<Channel> channel);
-    EventStream(EventStream &&) noexcept;
-    EventStream &operator=(EventStream &&) noexcept;
-    ~EventStream();
+    /// Runs `work` on the client's thread, after everything posted before.
+    template <typename Work>
+    void post(Work work);
 
-    /// The next event, or nothing when the stream has finished.
-    QCoro::Task<std::optional<DaemonEvent>> next();
-
-private:
-    std::shared_ptr<Channel> m_channel;
+    const std::unique_ptr<Context> m_context;
+    QThread m_thread;
 };
 
 } // namespace ostra

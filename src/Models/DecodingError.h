@@ -1,8 +1,8 @@
 #pragma once
 
-#include <tl/expected.hpp>
-
 #include <QString>
+
+#include <tl/expected.hpp>
 
 namespace ostra {
 
@@ -12,7 +12,10 @@ struct DecodingError {
     QString path;   ///< `repos[3].file_states[0].filename`; empty for the line as a whole
     QString reason; ///< `missing`, `expected integer, found string`, `not a JSON object`
 
-    QString description() const { return path.isEmpty() ? reason : path + QStringLiteral(": ") + reason; }
+    QString description() const
+    {
+        return path.isEmpty() ? reason : path + QStringLiteral(": ") + reason;
+    }
     bool operator==(const DecodingError &) const = default;
 };
 

@@ -1,0 +1,149 @@
+#include "DaemonClient.h"
+
+#include "DaemonClientContext.h"
+#include "EventChannel.h"
+
+#include <QCoroFuture>
+#include <QDir>
+
+#include <csignal>
+
+namespace ostra {
+
+namespace {
+
+/// Writing to a service that has gone is an error to handle, not a reason to end.
+void blockSigpipe()
+{
+    sigset_t brokenPipe;
+    sigemptyset(&brokenPipe);
+    sigaddset(&brokenPipe, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &brokenPipe, nullptr);
+}
+
+DaemonClient::Error mergeError(const IPCResponse &reply)
+{
+    using MergeError = DaemonClient::MergeError;
+    if (const auto *error = std::get_if<Reply::Error>(&reply)) {
+        return MergeError{MergeError::Kind::daemonError, error->message};
+    }
+    return MergeError{MergeError::Kind::unexpectedResponse, {}};
+}
+
+} // namespace
+
+QString DaemonClient::description(const Error &error)
+{
+    if (const auto *client = std::get_if<ClientError>(&error)) {
+        switch (*client) {
+        case ClientError::notConnected:
+            return QStringLiteral("Not connected to daemon");
+        case ClientError::disconnected:
+            return QStringLiteral("Connection to daemon lost");
+        case ClientError::timeout:
+            return QStringLiteral("Request timed out");
+        }
+    }
+    if (const auto *merge = std::get_if<MergeError>(&error)) {
+        return merge->kind == MergeError::Kind::daemonError
+                   ? merge->message
+                   : QStringLiteral("Unexpected daemon response");
+    }
+    return std::get<DecodingError>(error).description();
+}
+
+DaemonClient::DaemonClient(Scheduler &scheduler, std::optional<QString> socketPath)
+    : m_context(std::make_unique<Context>(
+          scheduler, socketPath.value_or(QDir::homePath() + QStringLiteral("/.ostra/daemon.sock"))))
+{
+    m_thread.setObjectName(QStringLiteral("ostra-client"));
+    m_context->moveToThread(&m_thread);
+    post([] { blockSigpipe(); });
+    m_thread.start();
+}
+
+DaemonClient::~DaemonClient()
+{
+    m_context->announceStop();
+    post([this] {
+        m_context->stop();
+        m_thread.quit();
+    });
+    m_thread.wait();
+}
+
+template <typename Work>
+void DaemonClient::post(Work work)
+{
+    QMetaObject::invokeMethod(m_context.get(), std::move(work), Qt::QueuedConnection);
+}
+
+QCoro::Task<bool> DaemonClient::connect()
+{
+    QPromise<bool> promise;
+    promise.start();
+    const QFuture<bool> connected = promise.future();
+    post([context = m_context.get(), attempt = m_context->announceAttempt(),
+          promise = std::move(promise)]() mutable {
+        promise.addResult(context->connect(attempt));
+        promise.finish();
+    });
+    co_return co_await connected;
+}
+
+bool DaemonClient::isConnected() const
+{
+    return m_context->isConnected();
+}
+
+void DaemonClient::setOnStateChange(std::function<void(bool)> onStateChange)
+{
+    post([context = m_context.get(), onStateChange = std::move(onStateChange)]() mutable {
+        context->setOnStateChange(std::move(onStateChange));
+    });
+}
+
+QCoro::Task<DaemonClient::Result<IPCResponse>> DaemonClient::send(IPCCommand command)
+{
+    Context::Waiter waiter;
+    waiter.start();
+    const QFuture<Result<IPCResponse>> reply = waiter.future();
+    post([context = m_context.get(), command = std::move(command),
+          waiter = std::move(waiter)]() mutable { context->send(command, std::move(waiter)); });
+    co_return co_await reply;
+}
+
+EventStream DaemonClient::eventStream()
+{
+    auto channel = std::make_shared<EventStream::Channel>();
+    post([context = m_context.get(), channel] { context->setEventChannel(channel); });
+    return EventStream(std::move(channel));
+}
+
+QCoro::Task<DaemonClient::Result<PendingMergeState>> DaemonClient::mergePending(QString repo)
+{
+    const Result<IPCResponse> reply =
+        co_await send({.cmd = QStringLiteral("merge_pending"), .repo = std::move(repo)});
+    if (!reply) {
+        co_return tl::unexpected(reply.error());
+    }
+    if (const auto *state = std::get_if<PendingMergeState>(&*reply)) {
+        co_return *state;
+    }
+    co_return tl::unexpected(mergeError(*reply));
+}
+
+QCoro::Task<DaemonClient::Result<void>> DaemonClient::mergeAbort(QString repo)
+{
+    const Result<IPCResponse> reply =
+        co_await send({.cmd = QStringLiteral("merge_abort"), .repo = std::move(repo)});
+    if (!reply) {
+        co_return tl::unexpected(reply.error());
+    }
+    if (std::holds_alternative<Reply::Ok>(*reply)) {
+        co_return Result<void>();
+    }
+    co_return tl::unexpected(mergeError(*reply));
+}
+
+} // namespace ostra
