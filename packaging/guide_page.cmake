@@ -1,5 +1,5 @@
 # Sets one page of the user guide: cmake -DPAGE=… -DHTML=… -DCMARK=… -P guide_page.cmake
-execute_process(COMMAND "${CMARK}" "${PAGE}" OUTPUT_VARIABLE body COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND "${CMARK}" --unsafe -e table "${PAGE}" OUTPUT_VARIABLE body COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX REPLACE "href=\"([a-z-]+)\\.md" "href=\"\\1.html" body "${body}")
 string(REPLACE "src=\"../pictures/" "src=\"pictures/" body "${body}")
 file(WRITE "${HTML}" "<!doctype html>

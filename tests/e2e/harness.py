@@ -8,7 +8,6 @@ home, and what assistive technology sees. One test program is one desktop.
             client.find("push button", "Settings").press()
 """
 
-import gzip
 import json
 import os
 import pathlib
@@ -21,6 +20,8 @@ import tempfile
 import threading
 import time
 import unittest
+
+import livesets
 
 BUILD = pathlib.Path(os.environ.get("OSTRA_BUILD", "build")).resolve()
 CLIENT = BUILD / "bin" / "ostra"
@@ -332,18 +333,8 @@ class ScriptedService:
 
 
 def small_set(tempo=120.0, tracks=("Bass", "Lead")):
-    """The bytes of a small but whole set file, zipped as Live does it."""
-    body = "".join(
-        f'\t\t\t<MidiTrack Id="{i + 8}">\n\t\t\t\t<Name>\n\t\t\t\t\t<EffectiveName Value="{name}" />\n'
-        f'\t\t\t\t\t<UserName Value="{name}" />\n\t\t\t\t</Name>\n\t\t\t</MidiTrack>\n'
-        for i, name in enumerate(tracks))
-    xml = ('<?xml version="1.0" encoding="UTF-8"?>\n'
-           '<Ableton MajorVersion="5" MinorVersion="12.0_12049" SchemaChangeCount="12" '
-           'Creator="Ableton Live 12.0.5" Revision="">\n\t<LiveSet>\n\t\t<Tracks>\n' + body +
-           '\t\t</Tracks>\n\t\t<MainTrack>\n\t\t\t<DeviceChain>\n\t\t\t\t<Mixer>\n\t\t\t\t\t<Tempo>\n'
-           f'\t\t\t\t\t\t<Manual Value="{tempo:g}" />\n\t\t\t\t\t</Tempo>\n\t\t\t\t</Mixer>\n'
-           '\t\t\t</DeviceChain>\n\t\t</MainTrack>\n\t</LiveSet>\n</Ableton>\n')
-    return gzip.compress(xml.encode(), 6, mtime=0)
+    """The bytes of a small but whole set file."""
+    return livesets.simple(tempo, tracks).bytes()
 
 
 def save(path, data):
