@@ -10,6 +10,14 @@ const DSAccessible *DSAccessible::of(const QObject *object)
     return qobject_cast<DSAccessible *>(qmlAttachedPropertiesObject<DSAccessible>(object, false));
 }
 
+void DSAccessible::setRole(int role)
+{
+    if (m_role != role) {
+        m_role = role;
+        emit roleChanged();
+    }
+}
+
 void DSAccessible::setExpandable(bool expandable)
 {
     if (m_expandable != expandable) {

@@ -12,6 +12,7 @@ class DSAccessible : public QObject {
     QML_ELEMENT
     QML_UNCREATABLE("DSAccessible is an attached type.")
     QML_ATTACHED(ostra::DSAccessible)
+    Q_PROPERTY(int role READ role WRITE setRole NOTIFY roleChanged FINAL)
     Q_PROPERTY(bool expandable READ expandable WRITE setExpandable NOTIFY expandableChanged FINAL)
     Q_PROPERTY(bool expanded READ expanded WRITE setExpanded NOTIFY expandedChanged FINAL)
     Q_PROPERTY(QQuickItem *popup READ popup WRITE setPopup NOTIFY popupChanged FINAL)
@@ -21,6 +22,10 @@ public:
     static DSAccessible *qmlAttachedProperties(QObject *object) { return new DSAccessible(object); }
     static const DSAccessible *of(const QObject *object); ///< null where nothing is attached
 
+    /// One of `Accessible.Button` and so on; 0 leaves it to `Accessible.role`, which Qt's control
+    /// templates overwrite with their own when a screen reader comes.
+    int role() const { return m_role; }
+    void setRole(int role);
     bool expandable() const { return m_expandable; }
     void setExpandable(bool expandable);
     bool expanded() const { return m_expanded; }
@@ -36,11 +41,13 @@ public:
     Q_INVOKABLE void announce();
 
 signals:
+    void roleChanged();
     void expandableChanged();
     void expandedChanged();
     void popupChanged();
 
 private:
+    int m_role = 0;
     bool m_expandable = false;
     bool m_expanded = false;
     QPointer<QQuickItem> m_popup;

@@ -1,5 +1,7 @@
 #include "Design/DesignSystem.h"
 
+#include "Design/AccessibleItem.h"
+
 #include <QGuiApplication>
 #include <QScreen>
 
@@ -67,6 +69,8 @@ void DesignAnimations::setReducedMotion(bool on)
 
 DesignSystem::DesignSystem(QObject *parent) : QObject(parent)
 {
+    // Once more: Qt Quick has installed its own since the application started.
+    installAccessibleItems();
     connect(&m_color, &DesignColors::contrastChanged, this, &DesignSystem::highContrastChanged);
     connect(&m_anim, &DesignAnimations::motionChanged, this, &DesignSystem::reducedMotionChanged);
 }

@@ -54,8 +54,9 @@ class Desktop:
         self._start(["Xvfb", "-displayfd", str(write), "-screen", "0", size, "-nolisten", "tcp"],
                     pass_fds=[write])
         os.close(write)
-        os.environ["DISPLAY"] = ":" + os.read(read, 16).decode().strip()
-        os.close(read)
+        # To the end of the line: the server gives up if its number is not read whole.
+        with os.fdopen(read) as number:
+            os.environ["DISPLAY"] = ":" + number.readline().strip()
         os.environ["XDG_RUNTIME_DIR"] = str(self.folder)
         os.chmod(self.folder, 0o700)
         bus = self._start(["dbus-daemon", "--session", "--nofork", "--print-address"],
@@ -73,6 +74,10 @@ class Desktop:
         os.environ["QT_QUICK_BACKEND"] = "software"
         os.environ["NO_AT_BRIDGE"] = "1"
         self._start(["openbox", "--sm-disable"])
+        # A window that comes before its manager is never given the keyboard.
+        eventually(lambda: b"window id" in subprocess.run(
+            ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"], capture_output=True).stdout,
+            "a window manager")
 
     def _start(self, command, **options):
         options.setdefault("stdout", subprocess.DEVNULL)

@@ -22,13 +22,14 @@ T.AbstractButton {
     hoverEnabled: true
     opacity: root.enabled ? 1 : 0.55
 
-    Keys.onReturnPressed: event => event.isAutoRepeat || root.click()
-    Keys.onEnterPressed: event => event.isAutoRepeat || root.click()
+    Keys.onReturnPressed: event => event.isAutoRepeat || root.clicked()
+    Keys.onEnterPressed: event => event.isAutoRepeat || root.clicked()
 
     Accessible.role: root.role
+    DSAccessible.role: root.role
     Accessible.name: root.name
     Accessible.description: root.description
-    Accessible.onPressAction: root.click()
+    Accessible.onPressAction: root.clicked()
     DSHelp.text: root.help
 
     DSFocusMark {

@@ -14,6 +14,7 @@ T.ScrollBar {
     minimumSize: 0.08
     visible: root.size < 1
     hoverEnabled: true
+    Accessible.ignored: true
 
     contentItem: Rectangle {
         radius: 2.5
