@@ -2,22 +2,28 @@
 
 #include "AbletonNotice.h"
 #include "DaemonClient.h"
+#include "Platform/ProcessLauncher.h"
+#include "Platform/Scheduler.h"
 #include "RepoViewModel.h"
 
 #include <QCoroTask>
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
+
+Q_MOC_INCLUDE("DiscoveredListModel.h")
+Q_MOC_INCLUDE("RepoListModel.h")
+Q_MOC_INCLUDE("WatchPathListModel.h")
 
 namespace ostra {
 
 class DiscoveredListModel;
 class HostApplications;
-class ProcessLauncher;
 class RepoListModel;
-class Scheduler;
+class WatchPathListModel;
 
 /// The one observable store of the application: the connection to the service, its data as last
 /// reported, and every operation that a view may start. Views read its properties and call its
@@ -32,6 +38,7 @@ class DaemonState : public QObject {
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(ostra::RepoListModel *repos READ repoModel CONSTANT)
     Q_PROPERTY(ostra::DiscoveredListModel *discoveredProjects READ discoveredModel CONSTANT)
+    Q_PROPERTY(ostra::WatchPathListModel *watchPathModel READ watchPathModel CONSTANT)
     Q_PROPERTY(QStringList watchPaths READ watchPaths NOTIFY watchPathsChanged)
     Q_PROPERTY(ConnectionState connectionState READ connectionState NOTIFY connectionStateChanged)
     Q_PROPERTY(bool isScanning READ isScanning NOTIFY isScanningChanged)
@@ -49,17 +56,19 @@ public:
     Q_ENUM(ConnectionState)
     enum class Refresh { no, yes };
 
-    /// What the store needs of the world. All of it outlives the store.
+    /// What the store needs of the world. All of it outlives the store; `log` takes one line and
+    /// writes it to the standard output when it is left out.
     struct Environment {
         Scheduler &scheduler;
         ProcessLauncher &launcher;
         HostApplications &host;
-        QString homePath;       ///< the user's home folder
-        QString helpersPath;    ///< the folder of helper executables installed with the application
+        QString homePath;    ///< the user's home folder
+        QString helpersPath; ///< the folder of helper executables installed with the application
         std::function<void()> terminateApplication;
+        std::function<void(const QString &line)> log = {};
     };
 
-    /// Without a client: one on the default socket path.
+    /// Without a client: one on ".ostra/daemon.sock" in the home folder.
     explicit DaemonState(Environment environment, std::unique_ptr<DaemonClient> client = nullptr,
                          QObject *parent = nullptr);
     ~DaemonState() override;
@@ -77,6 +86,7 @@ public:
     bool isDirty() const;
     RepoListModel *repoModel() const;
     DiscoveredListModel *discoveredModel() const;
+    WatchPathListModel *watchPathModel() const;
     DaemonClient &client() const;
 
     QString lastErrorText() const;
@@ -84,13 +94,17 @@ public:
     bool hasAbletonNotice() const;
 
     // Connection.
+    /// Begins to connect when disconnected; otherwise does nothing.
     Q_INVOKABLE void start();
+    /// Forgets the outage and starts over: at once, and the service may be started again.
     Q_INVOKABLE void retry();
+    /// Asks the service to stop, stops the one that this application started, ends the application.
     QCoro::Task<> quit();
     QCoro::Task<> fetchLaunchdStatus();
     QCoro::Task<> setLaunchd(bool installed);
 
     // Refresh.
+    /// Requests made while a refresh runs collapse into one more; they return with the running one.
     QCoro::Task<> refreshAll();
     QCoro::Task<> fetchWatchPaths();
     QCoro::Task<> rescan();
@@ -146,6 +160,71 @@ signals:
     void isDirtyChanged();
     /// The service recorded a save in the project of this name and folder (empty when unknown).
     void saveDetected(const QString &repo, const QString &path);
+
+private:
+    struct ReconnectLoop {
+        Scheduler::Duration delay;
+        std::unique_ptr<Scheduler::Timer> timer;
+    };
+    struct EventLoop {};
+
+    template <typename T>
+    void assign(T &member, T value, void (DaemonState::*changed)());
+    void setConnectionState(ConnectionState state);
+    void setLastError(std::optional<QString> error);
+    void setLastActionError(std::optional<QString> error);
+    void log(const QString &line) const;
+
+    QCoro::Task<> onConnectionChange(bool connected);
+    void onConnectionFailed();
+    void scheduleReconnect(Scheduler::Duration initialDelay);
+    void sleepBeforeReconnect();
+    QCoro::Task<> reconnect(std::weak_ptr<ReconnectLoop> loop);
+    bool spawnDaemon();
+
+    void requestRefresh();
+    QCoro::Task<> doRefreshAll();
+    void take(Reply::Status status);
+    void startEventLoop();
+    QCoro::Task<> consumeEvents(std::weak_ptr<EventLoop> loop);
+    void handleEvent(const DaemonEvent &event);
+    void recordSave(const Event::SaveDetected &save);
+
+    template <typename Payload>
+    QCoro::Task<std::optional<Payload>> fetch(IPCCommand command, QString what);
+
+    const Environment m_environment;
+    RepoListModel *const m_repos;
+    DiscoveredListModel *const m_discoveredProjects;
+    WatchPathListModel *const m_watchPathModel;
+    QStringList m_watchPaths;
+    ConnectionState m_connectionState = ConnectionState::disconnected;
+    bool m_isScanning = false;
+    bool m_launchdInstalled = false;
+    bool m_isDirty = false;
+    std::optional<QString> m_lastError;
+    std::optional<QString> m_lastActionError;
+    std::optional<AbletonNotice> m_abletonNotice;
+    bool m_abletonRelaunchInFlight = false;
+    std::unique_ptr<DaemonClient> m_client;
+
+    // A loop runs as long as the store holds it; letting go of it cancels it.
+    std::shared_ptr<EventLoop> m_eventLoop;
+    std::shared_ptr<ReconnectLoop> m_reconnectLoop;
+    std::shared_ptr<QCoro::Task<>> m_refreshTask;
+    bool m_refreshQueued = false;
+
+    bool m_hasAttemptedDaemonSpawn = false; ///< in the current outage
+    std::unique_ptr<ProcessLauncher::Process> m_daemonProcess;
 };
+
+template <typename T>
+void DaemonState::assign(T &member, T value, void (DaemonState::*changed)())
+{
+    if (member != value) {
+        member = std::move(value);
+        emit(this->*changed)();
+    }
+}
 
 } // namespace ostra

@@ -42,12 +42,14 @@ public:
         return found == m_rows.end() ? -1 : static_cast<int>(found - m_rows.begin());
     }
 
-    /// Makes `rows` the content. Structure first, while the rows that stay still hold what they
-    /// held; then their values.
-    void setRows(QList<Row> rows)
+    /// Makes `rows` the content; true when anything was announced. Structure comes first, while the
+    /// rows that stay still hold what they held; then their values.
+    bool setRows(QList<Row> rows)
     {
+        bool changed = false;
         Keys target = uniqueKeys(rows);
         if (!sameOrder(target.order)) {
+            changed = true;
             m_index.clear();
             removeAbsent(target);
             moveAndInsert(rows, target.index);
@@ -55,16 +57,17 @@ public:
         m_index = std::move(target.index);
         const QList<Row> before = std::exchange(m_rows, std::move(rows));
         for (int row = 0; row < m_rows.size(); ++row) {
-            announce(row, before.at(row));
+            changed |= announce(row, before.at(row));
         }
+        return changed;
     }
 
-    /// Replaces one row by another value of the same identity.
-    void setRow(int row, Row value)
+    /// Replaces one row by another value of the same identity; true when that was announced.
+    bool setRow(int row, Row value)
     {
         Q_ASSERT(Traits::key(m_rows.at(row)) == Traits::key(value));
         const Row before = std::exchange(m_rows[row], std::move(value));
-        announce(row, before);
+        return announce(row, before);
     }
 
     int rowCount(const QModelIndex &parent = {}) const override
@@ -212,12 +215,13 @@ private:
         return places;
     }
 
-    void announce(int row, const Row &before)
+    bool announce(int row, const Row &before)
     {
         const QList<int> roles = Traits::changedRoles(before, m_rows.at(row));
         if (!roles.isEmpty()) {
             emit dataChanged(index(row), index(row), roles);
         }
+        return !roles.isEmpty();
     }
 
     QList<Row> m_rows;
