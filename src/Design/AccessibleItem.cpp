@@ -179,8 +179,14 @@ QAccessible::State AccessibleItem::state() const
 {
     QAccessible::State state = QAccessibleQuickItem::state();
     state.disabled = !item()->isEnabled();
+    // A scope is not focused because something in it is.
+    state.focused = item()->window() != nullptr && item()->window()->activeFocusItem() == item();
     state.focusable = item()->isEnabled() && (item()->activeFocusOnTab() || state.focused);
     const DSAccessible *extra = DSAccessible::of(item());
+    if (extra != nullptr && extra->checkable()) {
+        state.checkable = true;
+        state.checked = extra->checked();
+    }
     if (extra != nullptr && extra->expandable()) {
         state.expandable = true;
         state.expanded = extra->expanded();

@@ -1,6 +1,5 @@
 #include "Design/DSAccessible.h"
 
-#include <QAccessible>
 #include <QtQml/qqml.h>
 
 namespace ostra {
@@ -16,6 +15,32 @@ void DSAccessible::setRole(int role)
         m_role = role;
         emit roleChanged();
     }
+}
+
+void DSAccessible::setCheckable(bool checkable)
+{
+    if (m_checkable != checkable) {
+        m_checkable = checkable;
+        emit checkableChanged();
+    }
+}
+
+void DSAccessible::setChecked(bool checked)
+{
+    if (m_checked == checked) {
+        return;
+    }
+    m_checked = checked;
+    QAccessible::State changed;
+    changed.checked = true;
+    tell(changed);
+    emit checkedChanged();
+}
+
+void DSAccessible::tell(QAccessible::State changed)
+{
+    QAccessibleStateChangeEvent event(parent(), changed);
+    QAccessible::updateAccessibility(&event);
 }
 
 void DSAccessible::setExpandable(bool expandable)
@@ -34,8 +59,7 @@ void DSAccessible::setExpanded(bool expanded)
     m_expanded = expanded;
     QAccessible::State changed;
     changed.expanded = true;
-    QAccessibleStateChangeEvent event(parent(), changed);
-    QAccessible::updateAccessibility(&event);
+    tell(changed);
     emit expandedChanged();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAccessible>
 #include <QPointer>
 #include <QQuickItem>
 
@@ -13,6 +14,8 @@ class DSAccessible : public QObject {
     QML_UNCREATABLE("DSAccessible is an attached type.")
     QML_ATTACHED(ostra::DSAccessible)
     Q_PROPERTY(int role READ role WRITE setRole NOTIFY roleChanged FINAL)
+    Q_PROPERTY(bool checkable READ checkable WRITE setCheckable NOTIFY checkableChanged FINAL)
+    Q_PROPERTY(bool checked READ checked WRITE setChecked NOTIFY checkedChanged FINAL)
     Q_PROPERTY(bool expandable READ expandable WRITE setExpandable NOTIFY expandableChanged FINAL)
     Q_PROPERTY(bool expanded READ expanded WRITE setExpanded NOTIFY expandedChanged FINAL)
     Q_PROPERTY(QQuickItem *popup READ popup WRITE setPopup NOTIFY popupChanged FINAL)
@@ -22,10 +25,15 @@ public:
     static DSAccessible *qmlAttachedProperties(QObject *object) { return new DSAccessible(object); }
     static const DSAccessible *of(const QObject *object); ///< null where nothing is attached
 
-    /// One of `Accessible.Button` and so on; 0 leaves it to `Accessible.role`, which Qt's control
-    /// templates overwrite with their own when a screen reader comes.
+    /// One of `Accessible.Button` and so on; 0 leaves it to `Accessible.role`. Role and checked
+    /// state are said here because Qt's control templates overwrite those of `Accessible` with
+    /// their own.
     int role() const { return m_role; }
     void setRole(int role);
+    bool checkable() const { return m_checkable; }
+    void setCheckable(bool checkable);
+    bool checked() const { return m_checked; }
+    void setChecked(bool checked);
     bool expandable() const { return m_expandable; }
     void setExpandable(bool expandable);
     bool expanded() const { return m_expanded; }
@@ -42,12 +50,18 @@ public:
 
 signals:
     void roleChanged();
+    void checkableChanged();
+    void checkedChanged();
     void expandableChanged();
     void expandedChanged();
     void popupChanged();
 
 private:
+    void tell(QAccessible::State changed);
+
     int m_role = 0;
+    bool m_checkable = false;
+    bool m_checked = false;
     bool m_expandable = false;
     bool m_expanded = false;
     QPointer<QQuickItem> m_popup;

@@ -17,8 +17,8 @@ DSPressable {
     topPadding: 4
     bottomPadding: 4
     focusInset: 0
-    Accessible.checkable: true
-    Accessible.checked: root.chosen
+    DSAccessible.checkable: true
+    DSAccessible.checked: root.chosen
 
     contentItem: Item {
         implicitWidth: box.width + 8 + Math.max(titleText.implicitWidth, detailText.implicitWidth)

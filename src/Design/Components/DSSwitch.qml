@@ -15,8 +15,8 @@ DSPressable {
     role: Accessible.CheckBox
     topPadding: 4
     bottomPadding: 4
-    Accessible.checkable: true
-    Accessible.checked: root.on
+    DSAccessible.checkable: true
+    DSAccessible.checked: root.on
 
     contentItem: Item {
         implicitWidth: Math.max(titleText.implicitWidth, captionText.implicitWidth) + 12 + track.width

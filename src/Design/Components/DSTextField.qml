@@ -14,6 +14,11 @@ T.TextField {
     signal submitted
     signal cancelled
 
+    function takeFocus(): void {
+        if (root.takesFocus && root.visible)
+            root.forceActiveFocus(Qt.OtherFocusReason);
+    }
+
     implicitWidth: 120
     implicitHeight: Math.ceil(root.contentHeight) + root.topPadding + root.bottomPadding
     leftPadding: 7
@@ -32,8 +37,8 @@ T.TextField {
 
     onAccepted: root.submitted()
     Keys.onEscapePressed: root.cancelled()
-    Component.onCompleted: if (root.takesFocus)
-        root.forceActiveFocus(Qt.OtherFocusReason)
+    Component.onCompleted: root.takeFocus()
+    onVisibleChanged: root.takeFocus()
 
     Accessible.role: Accessible.EditableText
     Accessible.name: root.placeholder
