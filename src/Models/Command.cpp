@@ -14,7 +14,7 @@ using Json = nlohmann::ordered_json;
 /// replacement character.
 Json toJson(const QString &text)
 {
-    QStringEncoder encoder(QStringEncoder::Utf8);
+    QStringEncoder encoder(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
     const QByteArray utf8 = encoder.encode(text);
     return std::string(utf8.constData(), static_cast<std::size_t>(utf8.size()));
 }

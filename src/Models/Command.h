@@ -22,24 +22,24 @@ struct IPCMergeKeySide {
 /// they are written; an absent member is not written at all, an empty list is.
 struct IPCCommand {
     QString cmd;
-    std::optional<QString> repo = std::nullopt;
-    std::optional<QString> branch = std::nullopt;
-    std::optional<QString> name = std::nullopt;
-    std::optional<QString> message = std::nullopt;
-    std::optional<QString> path = std::nullopt;
-    std::optional<QString> file = std::nullopt;
-    std::optional<QString> base = std::nullopt;
-    std::optional<QString> head = std::nullopt;
-    std::optional<QString> from = std::nullopt;
-    std::optional<QString> to = std::nullopt;
-    std::optional<QString> into = std::nullopt;
-    std::optional<QString> conflict_id = std::nullopt;
-    std::optional<QString> choice = std::nullopt;
-    std::optional<QString> note = std::nullopt;
-    std::optional<QStringList> approved_ids = std::nullopt;
-    std::optional<QList<IPCMergeKeySide>> picks = std::nullopt;
-    std::optional<QList<IPCMergeKeySide>> fallback_sides = std::nullopt;
-    std::optional<QString> fingerprint = std::nullopt;
+    std::optional<QString> repo;
+    std::optional<QString> branch;
+    std::optional<QString> name;
+    std::optional<QString> message;
+    std::optional<QString> path;
+    std::optional<QString> file;
+    std::optional<QString> base;
+    std::optional<QString> head;
+    std::optional<QString> from;
+    std::optional<QString> to;
+    std::optional<QString> into;
+    std::optional<QString> conflict_id;
+    std::optional<QString> choice;
+    std::optional<QString> note;
+    std::optional<QStringList> approved_ids;
+    std::optional<QList<IPCMergeKeySide>> picks;
+    std::optional<QList<IPCMergeKeySide>> fallback_sides;
+    std::optional<QString> fingerprint;
 
     bool operator==(const IPCCommand &) const = default;
 };

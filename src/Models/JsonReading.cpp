@@ -128,9 +128,8 @@ QString typeName(element_type type)
 
 bool isBeyondIntegers(element element)
 {
-    double value = 0;
-    return element.is_double() && element.get(value) == simdjson::SUCCESS &&
-           std::abs(value) >= kIntegerLimit;
+    return element.type() == element_type::UINT64 ||
+           (element.type() == element_type::DOUBLE && std::abs(double(element)) >= kIntegerLimit);
 }
 
 } // namespace
@@ -161,13 +160,14 @@ bool Reader::read(element element, bool &value)
 
 bool Reader::read(element element, qint64 &value)
 {
-    int64_t number = 0;
-    const simdjson::error_code error = element.get(number);
-    value = number;
-    if (error == simdjson::NUMBER_OUT_OF_RANGE || isBeyondIntegers(element)) {
+    if (element.type() == element_type::INT64) {
+        value = int64_t(element);
+        return true;
+    }
+    if (isBeyondIntegers(element)) {
         return fail(QStringLiteral("integer out of range"));
     }
-    return error == simdjson::SUCCESS || failExpecting("integer", element);
+    return failExpecting("integer", element);
 }
 
 bool Reader::fail(QString reason)
