@@ -1,5 +1,8 @@
 #include "AbletonBridge.h"
+#include "support/FakeHostApplications.h"
+#include "support/VirtualScheduler.h"
 
+#include <QCoroTask>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -7,8 +10,39 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace ostra {
+
+namespace {
+
+using Outcome = tl::expected<void, AbletonBridge::Error>;
+
+const QUrl kSong = QUrl::fromLocalFile(u"/music/Album/Song.als"_s);
+
+/// A running relaunch and the world that it runs in.
+struct World {
+    VirtualScheduler scheduler;
+    FakeHostApplications host{scheduler};
+    std::optional<Outcome> outcome;
+
+    void start(QCoro::Task<Outcome> task)
+    {
+        std::move(task).then([this](const Outcome &result) { outcome = result; });
+    }
+    void pass(Scheduler::Duration duration)
+    {
+        for (const auto end = scheduler.now() + duration; scheduler.now() < end;) {
+            scheduler.advance(std::min<Scheduler::Duration>(100ms, end - scheduler.now()));
+            QCoreApplication::sendPostedEvents();
+        }
+    }
+    bool hasSucceeded() const { return outcome && outcome->has_value(); }
+    bool hasFailed() const { return outcome && !outcome->has_value(); }
+    QString failure() const { return AbletonBridge::description(outcome->error()); }
+};
+
+} // namespace
 
 class TestAbletonBridge : public QObject {
     Q_OBJECT
@@ -17,6 +51,19 @@ private slots:
     void init();
     void describesTheTimeOut();
     void passesThePlatformsDescriptionOn();
+
+    void seesWhetherLiveRuns();
+    void opensAtOnceWhenLiveDoesNotRun();
+    void opensOnceLiveHasQuit();
+    void looksEveryFifthOfASecond();
+    void opensWhenLiveQuitsAfter29Point9Seconds();
+    void failsWhenLiveIsStillThereAfter30Seconds();
+    void failsWhenLiveNeverQuits();
+    void asksOnlyTheFirstOfSeveral();
+    void reportsThatTheDocumentCouldNotBeOpened();
+    void startsLiveAgainWithoutADocument();
+    void startsNothingWhenLiveIsNotInstalled();
+    void startsNothingWhenLiveDoesNotQuit();
 
     void opensTheMoreRecentlyModifiedSet();
     void prefersTheFirstNameAmongEquallyOldSets();
@@ -64,6 +111,139 @@ void TestAbletonBridge::describesTheTimeOut()
 void TestAbletonBridge::passesThePlatformsDescriptionOn()
 {
     QCOMPARE(AbletonBridge::description(u"The disk is gone."_s), u"The disk is gone."_s);
+}
+
+void TestAbletonBridge::seesWhetherLiveRuns()
+{
+    World world;
+    world.host.start(u"com.example.other"_s);
+    QVERIFY(!AbletonBridge::isRunning(world.host));
+    world.host.start();
+    QVERIFY(AbletonBridge::isRunning(world.host));
+}
+
+void TestAbletonBridge::opensAtOnceWhenLiveDoesNotRun()
+{
+    World world;
+    world.host.start(u"com.example.other"_s);
+    world.start(AbletonBridge::relaunch(world.host, world.scheduler, kSong));
+    QVERIFY(world.hasSucceeded());
+    QCOMPARE(world.host.opened(), QList{kSong});
+    QCOMPARE(world.host.terminateRequests(), 0);
+}
+
+void TestAbletonBridge::opensOnceLiveHasQuit()
+{
+    World world;
+    world.host.start(FakeHostApplications::liveId(), 4s);
+    world.start(AbletonBridge::relaunch(world.host, world.scheduler, kSong));
+    world.pass(4s);
+    QVERIFY(!world.outcome);
+    QVERIFY(world.host.opened().isEmpty());
+    world.pass(200ms);
+    QVERIFY(world.hasSucceeded());
+    QCOMPARE(world.host.opened(), QList{kSong});
+    QCOMPARE(world.host.terminateRequests(), 1);
+}
+
+void TestAbletonBridge::looksEveryFifthOfASecond()
+{
+    World world;
+    world.host.start(FakeHostApplications::liveId(), std::nullopt);
+    world.start(AbletonBridge::relaunch(world.host, world.scheduler, kSong));
+    for (int look = 0; look < 3; ++look) {
+        QCOMPARE(world.scheduler.nextDelay(), Scheduler::Duration(200ms));
+        world.pass(200ms);
+    }
+}
+
+void TestAbletonBridge::opensWhenLiveQuitsAfter29Point9Seconds()
+{
+    World world;
+    world.host.start(FakeHostApplications::liveId(), 29'900ms);
+    world.start(AbletonBridge::relaunch(world.host, world.scheduler, kSong));
+    world.pass(30s);
+    QVERIFY(world.hasSucceeded());
+    QCOMPARE(world.host.opened(), QList{kSong});
+}
+
+void TestAbletonBridge::failsWhenLiveIsStillThereAfter30Seconds()
+{
+    World world;
+    world.host.start(FakeHostApplications::liveId(), 30s);
+    world.start(AbletonBridge::relaunch(world.host, world.scheduler, kSong));
+    world.pass(29'900ms);
+    QVERIFY(!world.outcome);
+    world.pass(100ms);
+    QVERIFY(world.hasFailed());
+    QCOMPARE(world.failure(),
+             u"Ableton didn't quit — it may be showing a save dialog. Answer it, then retry."_s);
+    QVERIFY(world.host.opened().isEmpty());
+}
+
+void TestAbletonBridge::failsWhenLiveNeverQuits()
+{
+    World world;
+    world.host.start(FakeHostApplications::liveId(), std::nullopt);
+    world.start(AbletonBridge::relaunch(world.host, world.scheduler, kSong));
+    world.pass(30s);
+    QVERIFY(world.hasFailed());
+    QVERIFY(world.outcome->error() ==
+            AbletonBridge::Error(AbletonBridge::RelaunchError::quitTimedOut));
+    world.pass(10min);
+    QCOMPARE(world.scheduler.nextDelay(), std::nullopt);
+    QVERIFY(world.host.opened().isEmpty());
+}
+
+void TestAbletonBridge::asksOnlyTheFirstOfSeveral()
+{
+    World world;
+    world.host.start(FakeHostApplications::liveId(), 1s);
+    world.host.start(FakeHostApplications::liveId(), std::nullopt);
+    world.start(AbletonBridge::relaunch(world.host, world.scheduler, kSong));
+    world.pass(2s);
+    QVERIFY(world.hasSucceeded());
+    QCOMPARE(world.host.terminateRequests(), 1);
+    QVERIFY(AbletonBridge::isRunning(world.host));
+}
+
+void TestAbletonBridge::reportsThatTheDocumentCouldNotBeOpened()
+{
+    World world;
+    world.host.openError = u"The disk is gone."_s;
+    world.start(AbletonBridge::relaunch(world.host, world.scheduler, kSong));
+    QVERIFY(world.hasFailed());
+    QCOMPARE(world.failure(), u"The disk is gone."_s);
+}
+
+void TestAbletonBridge::startsLiveAgainWithoutADocument()
+{
+    World world;
+    world.host.start();
+    world.start(AbletonBridge::relaunchApp(world.host, world.scheduler));
+    world.pass(200ms);
+    QVERIFY(world.hasSucceeded());
+    QCOMPARE(world.host.opened(), QList{world.host.installedAt});
+    QCOMPARE(world.host.terminateRequests(), 1);
+}
+
+void TestAbletonBridge::startsNothingWhenLiveIsNotInstalled()
+{
+    World world;
+    world.host.installedAt.clear();
+    world.start(AbletonBridge::relaunchApp(world.host, world.scheduler));
+    QVERIFY(world.hasSucceeded());
+    QVERIFY(world.host.opened().isEmpty());
+}
+
+void TestAbletonBridge::startsNothingWhenLiveDoesNotQuit()
+{
+    World world;
+    world.host.start(FakeHostApplications::liveId(), std::nullopt);
+    world.start(AbletonBridge::relaunchApp(world.host, world.scheduler));
+    world.pass(30s);
+    QVERIFY(world.hasFailed());
+    QVERIFY(world.host.opened().isEmpty());
 }
 
 void TestAbletonBridge::opensTheMoreRecentlyModifiedSet()
