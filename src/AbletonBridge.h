@@ -4,9 +4,8 @@
 #include <QString>
 #include <QUrl>
 
-#include <tl/expected.hpp>
-
 #include <optional>
+#include <tl/expected.hpp>
 #include <variant>
 
 namespace ostra {
