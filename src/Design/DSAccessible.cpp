@@ -79,10 +79,13 @@ void DSAccessible::setPopup(QQuickItem *popup)
 
 void DSAccessible::announce()
 {
-    QAccessibleEvent shown(parent(), QAccessible::ObjectShow);
-    QAccessible::updateAccessibility(&shown);
-    QAccessibleEvent alert(parent(), QAccessible::Alert);
-    QAccessible::updateAccessibility(&alert);
+    const auto say = [this] {
+        for (const QAccessible::Event kind : {QAccessible::ObjectShow, QAccessible::Alert}) {
+            QAccessibleEvent event(parent(), kind);
+            QAccessible::updateAccessibility(&event);
+        }
+    };
+    QMetaObject::invokeMethod(this, say, Qt::QueuedConnection);
 }
 
 } // namespace ostra

@@ -45,7 +45,7 @@ public:
     void setPopup(QQuickItem *popup);
     QQuickItem *owner() const { return m_owner; } ///< the item whose popup this one is
 
-    /// Has screen readers say once that this item (role alert) appeared.
+    /// Has screen readers say once that this item (role alert) appeared, when all of it is there.
     Q_INVOKABLE void announce();
 
 signals:

@@ -43,7 +43,7 @@ private:
 };
 
 /// One icon of the family: `DSGlyph { glyph: Glyph.Merge; color: DS.color.grey }`.
-class DSGlyph : public FigureItem {
+class DSGlyph : public ostra::FigureItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(ostra::GlyphNames::Glyph glyph READ glyph WRITE setGlyph NOTIFY glyphChanged FINAL)
@@ -66,7 +66,7 @@ private:
 
 /// A platform symbol by its name: `DSSymbol { symbol: "gear"; size: 13 }`. An unknown name draws
 /// nothing.
-class DSSymbol : public FigureItem {
+class DSSymbol : public ostra::FigureItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QString symbol READ symbol WRITE setSymbol NOTIFY symbolChanged FINAL)
@@ -88,7 +88,7 @@ private:
 };
 
 /// The logo.
-class OstraMark : public FigureItem {
+class OstraMark : public ostra::FigureItem {
     Q_OBJECT
     QML_ELEMENT
 
@@ -100,7 +100,7 @@ protected:
 };
 
 /// The icon of "Relaunch Ableton Live".
-class AbletonLinesGlyph : public FigureItem {
+class AbletonLinesGlyph : public ostra::FigureItem {
     Q_OBJECT
     QML_ELEMENT
 

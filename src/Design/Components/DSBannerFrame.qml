@@ -11,5 +11,5 @@ Rectangle {
     color: DS.color.paper2
     Accessible.role: Accessible.AlertMessage
     Accessible.name: root.name
-    Component.onCompleted: Qt.callLater(root.DSAccessible.announce)
+    Component.onCompleted: root.DSAccessible.announce()
 }

@@ -9,7 +9,4 @@ DSChoiceRow {
 
     role: Accessible.CheckBox
     chosen: root.ticked
-    mark: DSTickBox {
-        ticked: root.ticked
-    }
 }

@@ -8,26 +8,15 @@ DSPressable {
     property string title
     property string detail
     property bool chosen: false
-    property Component mark
-
-    name: root.title
-    description: root.detail
-    leftPadding: 6
-    rightPadding: 6
-    topPadding: 4
-    bottomPadding: 4
-    focusInset: 0
-    DSAccessible.checkable: true
-    DSAccessible.checked: root.chosen
-
-    contentItem: Item {
+    readonly property Item body: Item {
         implicitWidth: box.width + 8 + Math.max(titleText.implicitWidth, detailText.implicitWidth)
         implicitHeight: titleText.implicitHeight + (detailText.visible ? detailText.implicitHeight : 0)
 
-        Loader {
+        DSTickBox {
             id: box
             y: Math.round((titleText.implicitHeight - height) / 2)
-            sourceComponent: root.mark
+            ticked: root.chosen
+            option: root.role === Accessible.RadioButton
         }
         DSText {
             id: titleText
@@ -50,6 +39,18 @@ DSPressable {
             decorative: true
         }
     }
+
+    name: root.title
+    description: root.detail
+    leftPadding: 6
+    rightPadding: 6
+    topPadding: 4
+    bottomPadding: 4
+    focusInset: 0
+    DSAccessible.checkable: true
+    DSAccessible.checked: root.chosen
+
+    contentItem: root.body
     background: Rectangle {
         radius: DS.radius
         color: Qt.alpha(DS.color.paper2, root.hot ? 1 : 0)

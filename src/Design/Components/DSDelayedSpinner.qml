@@ -7,6 +7,7 @@ Item {
     id: root
 
     property real size: 12
+    property real turn: 0
     /// Seen at all: on screen, in a window that is.
     readonly property bool live: root.visible && root.Window.visibility !== Window.Hidden && root.Window.visibility !== Window.Minimized
     readonly property bool shown: mark.opacity > 0
@@ -16,21 +17,21 @@ Item {
 
     DSSymbol {
         id: mark
-        property real turn: 0
         anchors.fill: parent
         symbol: "progress"
         color: DS.color.grey
         opacity: 0
         // Twelve steps a turn: between them nothing is painted.
-        rotation: Math.floor(mark.turn * 12) * 30
-
-        NumberAnimation on turn {
-            running: root.live && root.shown && !DS.reducedMotion
-            from: 0
-            to: 1
-            duration: 1200
-            loops: Animation.Infinite
-        }
+        rotation: Math.floor(root.turn * 12) * 30
+    }
+    NumberAnimation {
+        target: root
+        property: "turn"
+        running: root.live && root.shown && !DS.reducedMotion
+        from: 0
+        to: 1
+        duration: 1200
+        loops: Animation.Infinite
     }
     SequentialAnimation {
         running: root.live

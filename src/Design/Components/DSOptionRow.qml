@@ -9,7 +9,4 @@ DSChoiceRow {
 
     role: Accessible.RadioButton
     chosen: root.selected
-    mark: DSOptionMark {
-        selected: root.selected
-    }
 }

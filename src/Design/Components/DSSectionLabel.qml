@@ -13,15 +13,13 @@ Item {
     implicitWidth: 200
     implicitHeight: label.implicitHeight + 12
 
-    Loader {
+    DSGlyph {
         id: icon
         x: DS.gutter
         anchors.verticalCenter: parent.verticalCenter
-        active: root.glyph >= 0
-        sourceComponent: DSGlyph {
-            glyph: root.glyph
-            color: DS.color.grey
-        }
+        visible: root.glyph >= 0
+        glyph: Math.max(0, root.glyph)
+        color: DS.color.grey
     }
     DSText {
         id: label

@@ -9,16 +9,7 @@ DSPressable {
     property string title
     property string caption
     property bool on: false
-
-    name: root.title
-    description: root.caption
-    role: Accessible.CheckBox
-    topPadding: 4
-    bottomPadding: 4
-    DSAccessible.checkable: true
-    DSAccessible.checked: root.on
-
-    contentItem: Item {
+    readonly property Item body: Item {
         implicitWidth: Math.max(titleText.implicitWidth, captionText.implicitWidth) + 12 + track.width
         implicitHeight: titleText.implicitHeight + (captionText.visible ? captionText.implicitHeight + 2 : 0)
 
@@ -69,4 +60,13 @@ DSPressable {
             }
         }
     }
+    name: root.title
+    description: root.caption
+    role: Accessible.CheckBox
+    topPadding: 4
+    bottomPadding: 4
+    DSAccessible.checkable: true
+    DSAccessible.checked: root.on
+
+    contentItem: root.body
 }

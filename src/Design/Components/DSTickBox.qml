@@ -1,25 +1,32 @@
 import QtQuick
 import Ostra.Design
 
-/// The box of a check row.
+/// The box of a check row, or with `option` the selection square of an option row.
 Rectangle {
     id: root
 
     property bool ticked: false
+    property bool option: false
 
     implicitWidth: 12
     implicitHeight: 12
-    radius: 2
-    color: Qt.alpha(DS.color.ink2, root.ticked ? 1 : 0)
-    border.width: root.ticked ? 0 : 1
-    border.color: DS.color.greyDim
+    radius: root.option ? 0 : 2
+    color: Qt.alpha(DS.color.ink2, root.ticked && !root.option ? 1 : 0)
+    border.width: root.ticked && !root.option ? 0 : 1
+    border.color: root.ticked ? DS.color.ink2 : DS.color.greyDim
 
     DSSymbol {
         anchors.centerIn: parent
-        visible: root.ticked
+        visible: root.ticked && !root.option
         symbol: "checkmark"
-        size: 9
-        lineWidth: 1.5
+        size: 10
+        lineWidth: 1.6
         color: DS.color.paper
+    }
+    Rectangle {
+        anchors.fill: parent
+        anchors.margins: 3
+        visible: root.ticked && root.option
+        color: DS.color.ink2
     }
 }

@@ -6,6 +6,14 @@ import Ostra.Design
 T.ToolTip {
     id: root
 
+    readonly property DSText words: DSText {
+        text: root.text
+        font: DS.mono(10)
+        color: DS.color.ink2
+        wrapMode: Text.Wrap
+        decorative: true
+    }
+
     x: (root.parent ? root.parent.width : 0) / 2 - root.width / 2
     y: (root.parent ? root.parent.height : 0) + 4
     margins: 4
@@ -13,20 +21,13 @@ T.ToolTip {
     rightPadding: 7
     topPadding: 4
     bottomPadding: 4
-    implicitWidth: Math.min(words.implicitWidth + root.leftPadding + root.rightPadding, 260)
+    implicitWidth: Math.min(root.words.implicitWidth + root.leftPadding + root.rightPadding, 260)
     implicitHeight: root.contentHeight + root.topPadding + root.bottomPadding
     closePolicy: T.Popup.NoAutoClose
     delay: 0
     timeout: -1
 
-    contentItem: DSText {
-        id: words
-        text: root.text
-        font: DS.mono(10)
-        color: DS.color.ink2
-        wrapMode: Text.Wrap
-        decorative: true
-    }
+    contentItem: root.words
     background: Rectangle {
         radius: DS.radius
         color: DS.color.paper3
