@@ -1,0 +1,157 @@
+#include "Sets/SetDocument.h"
+
+#include "Sets/Set.h"
+
+#include <algorithm>
+
+namespace ostra {
+
+namespace {
+
+// Live nests about 40 levels for racks in racks; everything that walks the tree recurses once per
+// level.
+constexpr int kMaxDepth = 200;
+// What an element and an attribute cost in the tree, and how much of that is granted per byte of
+// text. Live's own sets need about one byte per byte.
+constexpr qsizetype kNodeCost = 64;
+constexpr qsizetype kAttributeCost = 40;
+constexpr qsizetype kGrantedCost = 5;
+constexpr qsizetype kAlwaysGranted = 1024 * 1024;
+
+SetError broken()
+{
+    return {QStringLiteral("The set is damaged: its XML cannot be read.")};
+}
+
+bool costsTooMuch(const QByteArray &xml)
+{
+    const auto elements = std::count(xml.begin(), xml.end(), '<');
+    const auto attributes = std::count(xml.begin(), xml.end(), '=');
+    return elements * kNodeCost + attributes * kAttributeCost >
+           xml.size() * kGrantedCost + kAlwaysGranted;
+}
+
+bool isTooDeep(pugi::xml_node root)
+{
+    int depth = 0;
+    for (pugi::xml_node node = root; node;) {
+        if (const auto child = node.first_child()) {
+            node = child;
+            if (++depth > kMaxDepth) {
+                return true;
+            }
+            continue;
+        }
+        while (node && node != root && !node.next_sibling()) {
+            node = node.parent();
+            --depth;
+        }
+        if (!node || node == root) {
+            break;
+        }
+        node = node.next_sibling();
+    }
+    return false;
+}
+
+bool holdsForeignMarkup(const QByteArray &xml)
+{
+    return xml.contains("<!") || xml.indexOf("<?", 2) >= 0;
+}
+
+} // namespace
+
+SetResult<std::shared_ptr<const SetDocument>> SetDocument::parse(QByteArray xml,
+                                                                 Container container)
+{
+    if (xml.size() > kMaxInflatedSize) {
+        return tl::unexpected(
+            SetError{QStringLiteral("The set is too large: it holds more than 512 MB.")});
+    }
+    if (costsTooMuch(xml)) {
+        return tl::unexpected(broken());
+    }
+    std::shared_ptr<SetDocument> document(new SetDocument);
+    document->m_xml = std::move(xml);
+    document->m_parsed = QByteArray(document->m_xml.constData(), document->m_xml.size());
+    document->m_container = std::move(container);
+    const auto parsed = document->m_tree.load_buffer_inplace(
+        document->m_parsed.data(), static_cast<std::size_t>(document->m_parsed.size()),
+        pugi::parse_escapes | pugi::parse_embed_pcdata, pugi::encoding_utf8);
+    if (!parsed || isTooDeep(document->m_tree)) {
+        return tl::unexpected(broken());
+    }
+    if (QByteArrayView(document->root().name()) != "Ableton" ||
+        !document->root().child("LiveSet")) {
+        return tl::unexpected(SetError{QStringLiteral("This is not an Ableton Live set.")});
+    }
+    document->m_foreign = holdsForeignMarkup(document->m_xml);
+    document->m_model = SetModel(document->root());
+    return document;
+}
+
+qsizetype SetDocument::end(pugi::xml_node element) const
+{
+    if (const auto next = element.next_sibling()) {
+        return m_xml.lastIndexOf('>', offset(next.name()) - 2) + 1;
+    }
+    const auto parent = element.parent();
+    if (parent.type() != pugi::node_element) {
+        return m_xml.lastIndexOf('>') + 1;
+    }
+    const auto closing = m_xml.lastIndexOf("</", end(parent) - 1);
+    return closing <= 0 ? 0 : m_xml.lastIndexOf('>', closing - 1) + 1;
+}
+
+Span SetDocument::span(pugi::xml_node element) const
+{
+    const auto begin = offset(element.name()) - 1;
+    return {begin, std::max(begin, end(element))};
+}
+
+QByteArrayView SetDocument::text(pugi::xml_node element) const
+{
+    return slice(span(element));
+}
+
+Span SetDocument::valueSpan(pugi::xml_attribute attribute) const
+{
+    const auto begin = offset(attribute.value());
+    return {begin, begin + QByteArrayView(attribute.value()).size()};
+}
+
+QByteArrayView SetDocument::newline() const
+{
+    const auto at = m_xml.indexOf('\n');
+    return at > 0 && m_xml[at - 1] == '\r' ? "\r\n" : "\n";
+}
+
+const QByteArray &Set::xml() const
+{
+    return m_document->xml();
+}
+
+const Container &Set::container() const
+{
+    return m_document->container();
+}
+
+QString Set::creator() const
+{
+    return QString::fromUtf8(m_document->root().attribute("Creator").value());
+}
+
+SetResult<Set> readSet(QByteArrayView file)
+{
+    return unpackSet(file).and_then([](UnpackedSet unpacked) {
+        return readSetXml(std::move(unpacked.xml), std::move(unpacked.container));
+    });
+}
+
+SetResult<Set> readSetXml(QByteArray xml, Container container)
+{
+    return SetDocument::parse(std::move(xml), std::move(container))
+        .map([](std::shared_ptr<const SetDocument> document) { return Set(std::move(document)); });
+}
+
+} // namespace ostra
