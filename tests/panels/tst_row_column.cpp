@@ -1,0 +1,101 @@
+#include "Views/RowColumn.h"
+
+#include <QAbstractItemModelTester>
+#include <QRandomGenerator>
+#include <QTest>
+
+using namespace ostra;
+
+namespace {
+
+struct Row {
+    int key = 0;
+    int height = 0;
+    int top = 0;
+};
+
+struct Traits {
+    static QHash<int, QByteArray> roleNames() { return {{Qt::UserRole, "top"}}; }
+    static int key(const Row &row) { return row.key; }
+    static QVariant data(const Row &row, int role)
+    {
+        return role == Qt::UserRole ? QVariant(row.top) : QVariant();
+    }
+    static QList<int> changedRoles(const Row &before, const Row &after)
+    {
+        return before.top == after.top ? QList<int>() : QList<int>{Qt::UserRole};
+    }
+};
+
+using Column = RowColumn<Row, Traits>;
+
+QList<Row> rowsOf(int count, int height)
+{
+    QList<Row> rows;
+    for (int i = 0; i < count; ++i) {
+        rows << Row{i, height};
+    }
+    return rows;
+}
+
+} // namespace
+
+class TestRowColumn : public QObject {
+    Q_OBJECT
+
+private slots:
+    void fewRowsAllExist()
+    {
+        Column column;
+        column.setRows(rowsOf(Column::kFew, 100));
+        QCOMPARE(column.model()->rowCount(), Column::kFew);
+        QCOMPARE(column.height(), 100 * Column::kFew);
+    }
+
+    void ofManyOnlyThoseAroundTheVisiblePartExist()
+    {
+        Column column;
+        const QAbstractItemModelTester tester(column.model());
+        column.setRows(rowsOf(5000, 20));
+        column.setVisible(2000, 2400);
+        const int margin = Column::kMargin / 20;
+        QCOMPARE(column.model()->rows().first().key, 100 - margin);
+        QCOMPARE(column.model()->rows().last().key, 119 + margin);
+        QCOMPARE(column.model()->rows().first().top, 2000 - Column::kMargin);
+        QCOMPARE(column.height(), 100'000);
+    }
+
+    void shorterContentUnderAFarViewShowsNothingWrong()
+    {
+        Column column;
+        column.setRows(rowsOf(5000, 20));
+        column.setVisible(90'000, 90'400);
+        column.setRows(rowsOf(100, 20));
+        QCOMPARE(column.model()->rowCount(), 0);
+        column.setVisible(1600, 2000);
+        QCOMPARE(column.model()->rows().last().key, 99);
+    }
+
+    void whateverScrollsTheVisibleRowsAreThere()
+    {
+        QRandomGenerator random(7);
+        Column column;
+        const QAbstractItemModelTester tester(column.model());
+        for (int round = 0; round < 200; ++round) {
+            QList<Row> rows;
+            for (int i = 0, count = random.bounded(400); i < count; ++i) {
+                rows << Row{i, 10 + random.bounded(50)};
+            }
+            column.setRows(rows);
+            const qreal top = random.bounded(column.height() + 1);
+            column.setVisible(top, top + 300);
+            for (const Row &row : column.rows()) {
+                const bool isVisible = row.top < top + 300 && row.top + row.height > top;
+                QVERIFY(!isVisible || column.model()->indexOf(row.key) >= 0);
+            }
+        }
+    }
+};
+
+QTEST_APPLESS_MAIN(TestRowColumn)
+#include "tst_row_column.moc"
