@@ -122,8 +122,8 @@ EventStream DaemonClient::eventStream()
 
 QCoro::Task<DaemonClient::Result<PendingMergeState>> DaemonClient::mergePending(QString repo)
 {
-    const Result<IPCResponse> reply =
-        co_await send({.cmd = QStringLiteral("merge_pending"), .repo = std::move(repo)});
+    IPCCommand command{.cmd = QStringLiteral("merge_pending"), .repo = std::move(repo)};
+    const Result<IPCResponse> reply = co_await send(std::move(command));
     if (!reply) {
         co_return tl::unexpected(reply.error());
     }
@@ -135,8 +135,8 @@ QCoro::Task<DaemonClient::Result<PendingMergeState>> DaemonClient::mergePending(
 
 QCoro::Task<DaemonClient::Result<void>> DaemonClient::mergeAbort(QString repo)
 {
-    const Result<IPCResponse> reply =
-        co_await send({.cmd = QStringLiteral("merge_abort"), .repo = std::move(repo)});
+    IPCCommand command{.cmd = QStringLiteral("merge_abort"), .repo = std::move(repo)};
+    const Result<IPCResponse> reply = co_await send(std::move(command));
     if (!reply) {
         co_return tl::unexpected(reply.error());
     }

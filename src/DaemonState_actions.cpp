@@ -31,11 +31,11 @@ QCoro::Task<> DaemonState::perform(IPCCommand command, QString label, Refresh re
 QCoro::Task<> DaemonState::restoreSongVersion(QString repo, QString file, QString name)
 {
     const QPointer self(this);
-    co_await perform({.cmd = QStringLiteral("song_version_restore"),
-                      .repo = repo,
-                      .name = std::move(name),
-                      .file = file},
-                     QStringLiteral("Restore song version"), Refresh::no);
+    IPCCommand command{.cmd = QStringLiteral("song_version_restore"),
+                       .repo = repo,
+                       .name = std::move(name),
+                       .file = file};
+    co_await perform(std::move(command), QStringLiteral("Restore song version"), Refresh::no);
     if (!self) {
         co_return;
     }
@@ -47,10 +47,11 @@ QCoro::Task<std::optional<QString>> DaemonState::renameSong(QString repo, QStrin
 {
     const QPointer self(this);
     setLastActionError(std::nullopt);
-    const auto reply = co_await m_client->send({.cmd = QStringLiteral("song_rename"),
-                                                .repo = std::move(repo),
-                                                .file = std::move(file),
-                                                .to = std::move(to)});
+    IPCCommand command{.cmd = QStringLiteral("song_rename"),
+                       .repo = std::move(repo),
+                       .file = std::move(file),
+                       .to = std::move(to)};
+    const auto reply = co_await m_client->send(std::move(command));
     if (!self) {
         co_return std::nullopt;
     }
@@ -72,8 +73,9 @@ QCoro::Task<bool> DaemonState::renameProject(QString repo, QString to)
 {
     const QPointer self(this);
     setLastActionError(std::nullopt);
-    const auto reply = co_await m_client->send(
-        {.cmd = QStringLiteral("project_rename"), .repo = std::move(repo), .to = std::move(to)});
+    IPCCommand command{
+        .cmd = QStringLiteral("project_rename"), .repo = std::move(repo), .to = std::move(to)};
+    const auto reply = co_await m_client->send(std::move(command));
     if (!self) {
         co_return false;
     }
@@ -126,9 +128,9 @@ QCoro::Task<std::optional<QList<BranchInfo>>> DaemonState::tryFetchVariations(QS
                                                                               QString file)
 {
     const QString what = QStringLiteral("variations for %1/%2").arg(repo, file);
-    auto reply = co_await fetch<Reply::Branches>(
-        {.cmd = QStringLiteral("variation_list"), .repo = std::move(repo), .file = std::move(file)},
-        what);
+    IPCCommand command{
+        .cmd = QStringLiteral("variation_list"), .repo = std::move(repo), .file = std::move(file)};
+    auto reply = co_await fetch<Reply::Branches>(std::move(command), what);
     co_return reply ? std::optional(std::move(reply->branches)) : std::nullopt;
 }
 
@@ -136,31 +138,31 @@ QCoro::Task<std::optional<QList<TagInfo>>> DaemonState::tryFetchSongVersions(QSt
                                                                              QString file)
 {
     const QString what = QStringLiteral("song versions for %1/%2").arg(repo, file);
-    auto reply = co_await fetch<Reply::Tags>({.cmd = QStringLiteral("song_version_list"),
-                                              .repo = std::move(repo),
-                                              .file = std::move(file)},
-                                             what);
+    IPCCommand command{.cmd = QStringLiteral("song_version_list"),
+                       .repo = std::move(repo),
+                       .file = std::move(file)};
+    auto reply = co_await fetch<Reply::Tags>(std::move(command), what);
     co_return reply ? std::optional(std::move(reply->tags)) : std::nullopt;
 }
 
 QCoro::Task<std::optional<SongGraph>> DaemonState::fetchSongGraph(QString repo, QString file)
 {
     const QString what = QStringLiteral("graph for %1/%2").arg(repo, file);
-    co_return co_await fetch<SongGraph>(
-        {.cmd = QStringLiteral("song_graph"), .repo = std::move(repo), .file = std::move(file)},
-        what);
+    IPCCommand command{
+        .cmd = QStringLiteral("song_graph"), .repo = std::move(repo), .file = std::move(file)};
+    co_return co_await fetch<SongGraph>(std::move(command), what);
 }
 
 QCoro::Task<std::optional<QList<DeltaSummary>>>
 DaemonState::tryFetchTrackDiff(QString repo, QString file, QString base, QString head)
 {
     const QString what = QStringLiteral("track diff for %1/%2").arg(repo, file);
-    auto reply = co_await fetch<Reply::DiffResult>({.cmd = QStringLiteral("diff_track"),
-                                                    .repo = std::move(repo),
-                                                    .file = std::move(file),
-                                                    .base = std::move(base),
-                                                    .head = std::move(head)},
-                                                   what);
+    IPCCommand command{.cmd = QStringLiteral("diff_track"),
+                       .repo = std::move(repo),
+                       .file = std::move(file),
+                       .base = std::move(base),
+                       .head = std::move(head)};
+    auto reply = co_await fetch<Reply::DiffResult>(std::move(command), what);
     co_return reply ? std::optional(std::move(reply->summaries)) : std::nullopt;
 }
 
@@ -168,19 +170,19 @@ QCoro::Task<std::optional<MergePlanResult>> DaemonState::fetchMergePlan(QString 
                                                                         QString from, QString into)
 {
     const QString what = QStringLiteral("merge plan for %1/%2").arg(repo, file);
-    co_return co_await fetch<MergePlanResult>({.cmd = QStringLiteral("merge_plan"),
-                                               .repo = std::move(repo),
-                                               .file = std::move(file),
-                                               .from = std::move(from),
-                                               .into = std::move(into)},
-                                              what);
+    IPCCommand command{.cmd = QStringLiteral("merge_plan"),
+                       .repo = std::move(repo),
+                       .file = std::move(file),
+                       .from = std::move(from),
+                       .into = std::move(into)};
+    co_return co_await fetch<MergePlanResult>(std::move(command), what);
 }
 
 QCoro::Task<std::optional<QList<AlbumVersion>>> DaemonState::tryFetchAlbumVersions(QString repo)
 {
     const QString what = QStringLiteral("album versions for %1").arg(repo);
-    auto reply = co_await fetch<Reply::Versions>(
-        {.cmd = QStringLiteral("version_list"), .repo = std::move(repo)}, what);
+    IPCCommand command{.cmd = QStringLiteral("version_list"), .repo = std::move(repo)};
+    auto reply = co_await fetch<Reply::Versions>(std::move(command), what);
     co_return reply ? std::optional(std::move(reply->versions)) : std::nullopt;
 }
 

@@ -38,7 +38,8 @@ void DaemonState::retry()
 QCoro::Task<> DaemonState::quit()
 {
     const QPointer self(this);
-    co_await m_client->send({.cmd = QStringLiteral("shutdown")});
+    IPCCommand command{.cmd = QStringLiteral("shutdown")};
+    co_await m_client->send(std::move(command));
     if (!self) {
         co_return;
     }
@@ -135,7 +136,8 @@ bool DaemonState::spawnDaemon()
 QCoro::Task<> DaemonState::fetchLaunchdStatus()
 {
     const QPointer self(this);
-    const auto reply = co_await m_client->send({.cmd = QStringLiteral("launchd_status")});
+    IPCCommand command{.cmd = QStringLiteral("launchd_status")};
+    const auto reply = co_await m_client->send(std::move(command));
     if (!self) {
         co_return;
     }
@@ -154,7 +156,8 @@ QCoro::Task<> DaemonState::setLaunchd(bool installed)
         installed ? QStringLiteral("launchd_install") : QStringLiteral("launchd_uninstall");
     const QString label =
         installed ? QStringLiteral("Launchd install") : QStringLiteral("Launchd uninstall");
-    co_await perform({.cmd = cmd}, label, Refresh::no);
+    IPCCommand command{.cmd = cmd};
+    co_await perform(std::move(command), label, Refresh::no);
     if (self) {
         co_await fetchLaunchdStatus();
     }

@@ -81,7 +81,8 @@ QCoro::Task<> DaemonState::doRefreshAll()
         co_return;
     }
     const QPointer self(this);
-    auto reply = co_await m_client->send({.cmd = QStringLiteral("status")});
+    IPCCommand command{.cmd = QStringLiteral("status")};
+    auto reply = co_await m_client->send(std::move(command));
     if (!self) {
         co_return;
     }
@@ -165,7 +166,8 @@ void DaemonState::recordSave(const Event::SaveDetected &save)
 QCoro::Task<> DaemonState::fetchWatchPaths()
 {
     const QPointer self(this);
-    auto reply = co_await m_client->send({.cmd = QStringLiteral("watch_path_list")});
+    IPCCommand command{.cmd = QStringLiteral("watch_path_list")};
+    auto reply = co_await m_client->send(std::move(command));
     if (!self) {
         co_return;
     }
@@ -182,7 +184,8 @@ QCoro::Task<> DaemonState::rescan()
 {
     const QPointer self(this);
     assign(m_isScanning, true, &DaemonState::isScanningChanged);
-    co_await perform({.cmd = QStringLiteral("rescan")}, QStringLiteral("Rescan"), Refresh::yes);
+    IPCCommand command{.cmd = QStringLiteral("rescan")};
+    co_await perform(std::move(command), QStringLiteral("Rescan"), Refresh::yes);
     if (self) {
         assign(m_isScanning, false, &DaemonState::isScanningChanged);
     }
