@@ -1,7 +1,8 @@
 #pragma once
 
 #include <QCoroTask>
-#include <QTest>
+#include <QEventLoop>
+#include <QTimer>
 
 #include <memory>
 #include <optional>
@@ -12,24 +13,38 @@ namespace ostra {
 template <typename T>
 class Outcome {
 public:
-    explicit Outcome(QCoro::Task<T> task) : m_task(keep(std::move(task), m_value)) {}
+    explicit Outcome(QCoro::Task<T> task) : m_task(keep(std::move(task), m_state)) {}
 
-    bool isReady() const { return m_value->has_value(); }
-    const T &value() const { return m_value->value(); }
+    bool isReady() const { return m_state->value.has_value(); }
+    const T &value() const { return m_state->value.value(); }
+
+    /// Runs the event loop until the operation has ended.
     const T &wait()
     {
-        if (!QTest::qWaitFor([this] { return isReady(); }, 20000)) {
-            qFatal("the operation did not end");
+        if (!isReady()) {
+            QEventLoop loop;
+            m_state->loop = &loop;
+            QTimer::singleShot(60'000, &loop, [] { qFatal("the operation did not end"); });
+            loop.exec();
         }
         return value();
     }
 
 private:
-    static QCoro::Task<> keep(QCoro::Task<T> task, std::shared_ptr<std::optional<T>> value)
+    struct State {
+        std::optional<T> value;
+        QEventLoop *loop = nullptr;
+    };
+
+    static QCoro::Task<> keep(QCoro::Task<T> task, std::shared_ptr<State> state)
     {
-        value->emplace(co_await task);
+        state->value.emplace(co_await task);
+        if (state->loop) {
+            state->loop->quit();
+        }
     }
-    std::shared_ptr<std::optional<T>> m_value = std::make_shared<std::optional<T>>();
+
+    std::shared_ptr<State> m_state = std::make_shared<State>();
     QCoro::Task<> m_task;
 };
 

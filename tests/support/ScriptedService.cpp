@@ -140,6 +140,16 @@ void ScriptedService::resumeReading()
     perform([this] { m_paused = false; });
 }
 
+void ScriptedService::refuseWrites()
+{
+    perform([this] {
+        m_paused = true;
+        for (const Connection &connection : m_connections) {
+            ::shutdown(connection.fd, SHUT_RD);
+        }
+    });
+}
+
 QByteArrayList ScriptedService::lines() const
 {
     const std::lock_guard lock(m_mutex);

@@ -82,6 +82,9 @@ public:
     /// Leaves what clients write in the socket until resumed.
     void pauseReading();
     void resumeReading();
+    /// Ends the receiving direction of every connection: what clients write from now on fails,
+    /// what is sent to them still arrives.
+    void refuseWrites();
 
     /// What was received, oldest first, over all connections.
     QByteArrayList lines() const;
