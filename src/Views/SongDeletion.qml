@@ -1,0 +1,44 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Ostra.Design
+import Ostra.Views
+
+/// Deleting the whole song, after a question.
+Column {
+    id: root
+
+    required property SongPageViewModel page
+
+    topPadding: 6
+    bottomPadding: 8
+
+    DSReveal {
+        width: root.width
+        shown: !root.page.confirmingSongDelete
+
+        content: Item {
+            implicitHeight: remove.implicitHeight + 8
+
+            DSButton {
+                id: remove
+                x: DS.gutter
+                y: 4
+                title: "Delete"
+                style: DSButton.Destructive
+                help: "Delete this song"
+                onClicked: root.page.confirmSongDelete()
+            }
+        }
+    }
+    DSReveal {
+        width: root.width
+        shown: root.page.confirmingSongDelete
+
+        content: SongDeleteQuestion {
+            question: root.page.deleteSongQuestion
+            onConfirmed: root.page.performSongDelete()
+            onCancelled: root.page.closeDeleteConfirms()
+        }
+    }
+}

@@ -1,0 +1,39 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Ostra.Design
+import Ostra.Views
+
+/// The versions of the song on its current variation.
+Column {
+    id: root
+
+    required property SongPageViewModel page
+
+    bottomPadding: 6
+
+    DSSectionLabel {
+        width: root.width
+        title: "Versions"
+    }
+    DSText {
+        x: DS.gutter
+        width: root.width - 2 * DS.gutter
+        height: 28
+        visible: root.page.knowsVersions && !root.page.hasVersions
+        text: "no versions on this variation — save one"
+        color: DS.color.grey
+    }
+    Repeater {
+        model: root.page.versions
+
+        delegate: SongVersionRow {
+            id: row
+            width: root.width
+            onRestore: root.page.restore(row.name)
+            onDeleteRequested: root.page.confirmVersionDelete(row.name)
+            onConfirmDelete: root.page.performVersionDelete(row.name)
+            onCancelDelete: root.page.closeDeleteConfirms()
+        }
+    }
+}
