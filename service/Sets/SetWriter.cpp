@@ -38,7 +38,7 @@ SetWriter::Items &SetWriter::list(xml_node container)
     if (!items) {
         items.emplace();
         for (const auto child : container.children()) {
-            items->push_back({child, {}});
+            items->push_back({child, {}, numberOf(child.attribute("Time"))});
         }
     }
     return *items;

@@ -19,6 +19,7 @@ public:
     struct Item {
         pugi::xml_node node;
         QByteArray text;
+        double order = 0; ///< for lists that are sorted by time; no meaning here
     };
     using Items = std::vector<Item>;
 
