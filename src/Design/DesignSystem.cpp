@@ -1,6 +1,7 @@
 #include "Design/DesignSystem.h"
 
 #include "Design/AccessibleItem.h"
+#include "Platform/DisplayPreferences.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -73,6 +74,13 @@ DesignSystem::DesignSystem(QObject *parent) : QObject(parent)
     installAccessibleItems();
     connect(&m_color, &DesignColors::contrastChanged, this, &DesignSystem::highContrastChanged);
     connect(&m_anim, &DesignAnimations::motionChanged, this, &DesignSystem::reducedMotionChanged);
+    const auto *preferences = DisplayPreferences::ofSystem(this);
+    const auto follow = [this, preferences] {
+        setReducedMotion(preferences->reducedMotion());
+        setHighContrast(preferences->highContrast());
+    };
+    connect(preferences, &DisplayPreferences::changed, this, follow);
+    follow();
 }
 
 QFont DesignSystem::mono(qreal points, int weight, qreal letterSpacing) const

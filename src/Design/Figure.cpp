@@ -16,13 +16,18 @@ void paintPart(QPainter &painter, const Figure::Part &part, const QTransform &to
     const bool strokes = part.ink == Figure::Ink::Stroke || part.ink == Figure::Ink::CutStroke;
     painter.setCompositionMode(cuts ? QPainter::CompositionMode_DestinationOut
                                     : QPainter::CompositionMode_SourceOver);
-    const QPainterPath path = toFrame.map(part.path);
+    QPainterPath path = toFrame.map(part.path);
     if (strokes) {
-        painter.strokePath(path, QPen(color, width * part.widthFactor, Qt::SolidLine, Qt::RoundCap,
-                                      Qt::RoundJoin));
-    } else {
-        painter.fillPath(path, color);
+        // As an outline that is filled: the painter draws thin lines by coarser means.
+        QPainterPathStroker stroker;
+        stroker.setWidth(width * part.widthFactor);
+        stroker.setCapStyle(Qt::RoundCap);
+        stroker.setJoinStyle(Qt::RoundJoin);
+        stroker.setCurveThreshold(0.02);
+        path = stroker.createStroke(path);
+        path.setFillRule(Qt::WindingFill);
     }
+    painter.fillPath(path, color);
 }
 
 } // namespace

@@ -190,12 +190,13 @@ Figure waveformSlash()
 
 Figure waveformBadge()
 {
-    return {{{waveform().path()},
-             {Sketch().circle(12, 11.75, 4.6).path(), Ink::CutFill},
-             {Sketch().circle(12, 11.75, 3.6).path(), Ink::Fill},
-             {Sketch().move(12, 9.9).line(12, 11.9).move(12, 13.55).line(12, 13.56).path(),
-              Ink::CutStroke, 0.9}},
-            1.0 / 13};
+    return {
+        {{waveform().path()},
+         {Sketch().circle(11.75, 11.5, 4.9).path(), Ink::CutFill},
+         {Sketch().circle(11.75, 11.5, 3.75).path(), Ink::Fill},
+         {Sketch().move(11.75, 9.5).line(11.75, 11.6).move(11.75, 13.3).line(11.75, 13.31).path(),
+          Ink::CutStroke, 0.9}},
+        1.0 / 13};
 }
 
 Figure progress()

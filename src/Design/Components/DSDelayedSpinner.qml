@@ -7,10 +7,11 @@ Item {
     id: root
 
     property real size: 12
-    property real turn: 0
     /// Seen at all: on screen, in a window that is.
     readonly property bool live: root.visible && root.Window.visibility !== Window.Hidden && root.Window.visibility !== Window.Minimized
     readonly property bool shown: mark.opacity > 0
+    property real waited: 0
+    property real turn: 0
 
     implicitWidth: root.size
     implicitHeight: root.size
@@ -24,20 +25,15 @@ Item {
         // Twelve steps a turn: between them nothing is painted.
         rotation: Math.floor(root.turn * 12) * 30
     }
-    NumberAnimation {
-        target: root
-        property: "turn"
-        running: root.live && root.shown && !DS.reducedMotion
-        from: 0
-        to: 1
-        duration: 1200
-        loops: Animation.Infinite
-    }
     SequentialAnimation {
         running: root.live
         onStopped: mark.opacity = root.live ? 1 : 0
 
-        PauseAnimation {
+        NumberAnimation {
+            target: root
+            property: "waited"
+            from: 0
+            to: 1
             duration: 150
         }
         DSFastAnimation {
@@ -46,5 +42,14 @@ Item {
             from: 0
             to: 1
         }
+    }
+    NumberAnimation {
+        target: root
+        property: "turn"
+        running: root.live && root.shown && !DS.reducedMotion
+        from: 0
+        to: 1
+        duration: 1200
+        loops: Animation.Infinite
     }
 }

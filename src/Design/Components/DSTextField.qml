@@ -58,7 +58,7 @@ T.TextField {
         visible: root.text === "" && root.preeditText === ""
         text: root.placeholder
         font: root.font
-        color: DS.color.greyDim
+        color: DS.color.grey
         decorative: true
     }
 }

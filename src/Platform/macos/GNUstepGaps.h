@@ -11,7 +11,11 @@
 
 typedef void (^OstraOpenHandler)(NSRunningApplication *, NSError *);
 
+extern NSString *const NSWorkspaceAccessibilityDisplayOptionsDidChangeNotification;
+
 @interface NSWorkspace (OstraGaps)
+- (BOOL)accessibilityDisplayShouldReduceMotion;
+- (BOOL)accessibilityDisplayShouldIncreaseContrast;
 - (NSURL *)URLForApplicationWithBundleIdentifier:(NSString *)identifier;
 - (void)openURL:(NSURL *)url
         configuration:(NSWorkspaceOpenConfiguration *)configuration
