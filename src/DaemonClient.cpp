@@ -3,6 +3,7 @@
 #include "DaemonClientContext.h"
 #include "EventChannel.h"
 
+#include <QCoroFuture>
 #include <QDir>
 
 #include <csignal>
@@ -79,11 +80,15 @@ void DaemonClient::post(Work work)
 
 QCoro::Task<bool> DaemonClient::connect()
 {
-    const auto outcome = Handoff<bool>::make();
-    post([context = m_context.get(), attempt = m_context->announceAttempt(), outcome] {
-        Handoff<bool>::resolve(outcome, context->connect(attempt));
+    QPromise<bool> promise;
+    promise.start();
+    const QFuture<bool> connected = promise.future();
+    post([context = m_context.get(), attempt = m_context->announceAttempt(),
+          promise = std::move(promise)]() mutable {
+        promise.addResult(context->connect(attempt));
+        promise.finish();
     });
-    co_return co_await outcome->value();
+    co_return co_await connected;
 }
 
 bool DaemonClient::isConnected() const
@@ -100,11 +105,12 @@ void DaemonClient::setOnStateChange(std::function<void(bool)> onStateChange)
 
 QCoro::Task<DaemonClient::Result<IPCResponse>> DaemonClient::send(IPCCommand command)
 {
-    const Context::Waiter waiter = Context::Waiter::element_type::make();
-    post([context = m_context.get(), command = std::move(command), waiter] {
-        context->send(command, waiter);
-    });
-    co_return co_await waiter->value();
+    Context::Waiter waiter;
+    waiter.start();
+    const QFuture<Result<IPCResponse>> reply = waiter.future();
+    post([context = m_context.get(), command = std::move(command),
+          waiter = std::move(waiter)]() mutable { context->send(command, std::move(waiter)); });
+    co_return co_await reply;
 }
 
 EventStream DaemonClient::eventStream()

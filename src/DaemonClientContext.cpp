@@ -10,10 +10,14 @@ namespace {
 
 using namespace std::chrono_literals;
 
-using Answer = Handoff<DaemonClient::Result<IPCResponse>>;
-
 constexpr Scheduler::Duration kReplyTime = 15s;
 constexpr std::size_t kReadBufferSize = 65'536;
+
+void resolve(DaemonClient::Result<IPCResponse> result, QPromise<decltype(result)> &waiter)
+{
+    waiter.addResult(std::move(result));
+    waiter.finish();
+}
 
 DaemonClient::Result<IPCResponse> failure(DaemonClient::ClientError error)
 {
@@ -100,9 +104,9 @@ void DaemonClient::Context::routeLine(QByteArrayView text)
     Request request = std::move(m_pending.front());
     m_pending.pop_front();
     if (Decoded<IPCResponse> response = line.response()) {
-        Answer::resolve(std::move(request.waiter), std::move(*response));
+        resolve(std::move(*response), request.waiter);
     } else {
-        Answer::resolve(std::move(request.waiter), tl::unexpected<Error>(response.error()));
+        resolve(tl::unexpected<Error>(response.error()), request.waiter);
     }
 }
 
@@ -110,7 +114,7 @@ void DaemonClient::Context::send(const IPCCommand &command, Waiter waiter)
 {
     const Socket socket = m_socket;
     if (!socket) {
-        Answer::resolve(std::move(waiter), failure(ClientError::notConnected));
+        resolve(failure(ClientError::notConnected), waiter);
         return;
     }
     // Waiting before the first byte is written, so that a write which the service holds up is
@@ -123,7 +127,7 @@ void DaemonClient::Context::send(const IPCCommand &command, Waiter waiter)
     if (socket == m_socket) {
         Request request = std::move(m_pending.back());
         m_pending.pop_back();
-        Answer::resolve(std::move(request.waiter), failure(ClientError::disconnected));
+        resolve(failure(ClientError::disconnected), request.waiter);
     }
 }
 
@@ -147,7 +151,7 @@ bool DaemonClient::Context::timeOutOldest()
     }
     Request request = std::move(m_pending.front());
     m_pending.pop_front();
-    Answer::resolve(std::move(request.waiter), failure(ClientError::timeout));
+    resolve(failure(ClientError::timeout), request.waiter);
     handleDisconnect(m_socket);
     return true;
 }
@@ -178,7 +182,7 @@ void DaemonClient::Context::tearDown()
 void DaemonClient::Context::failPendingAndReset()
 {
     for (Request &request : std::exchange(m_pending, {})) {
-        Answer::resolve(std::move(request.waiter), failure(ClientError::disconnected));
+        resolve(failure(ClientError::disconnected), request.waiter);
     }
     m_timer.reset();
     if (const auto events = std::exchange(m_events, nullptr)) {

@@ -1,9 +1,10 @@
 #pragma once
 
 #include "EventStream.h"
-#include "Handoff.h"
 
+#include <QFuture>
 #include <QMutex>
+#include <QPromise>
 
 #include <deque>
 
@@ -18,11 +19,13 @@ public:
     /// Nobody listens any more: finishes, and forgets what was not taken.
     void close();
 
-    /// What `next()` would return, or an unset value when that is not known yet; then the waiter
-    /// is resolved when it is worth to look again.
-    using Next = std::optional<DaemonEvent>;
-    using Waiter = Handoff<std::monostate>::Ptr;
-    std::optional<Next> takeOrWait(const Waiter &waiter);
+    /// Something to take, or nothing because the stream has finished.
+    struct Taken {
+        std::optional<DaemonEvent> event;
+    };
+    /// Nothing yet: `available()` tells when to look again.
+    std::optional<Taken> take();
+    QFuture<void> available();
 
 private:
     void wake();
@@ -30,7 +33,7 @@ private:
     QMutex m_mutex;
     std::deque<DaemonEvent> m_events;
     bool m_finished = false;
-    Waiter m_waiter;
+    std::optional<QPromise<void>> m_waiting;
 };
 
 } // namespace ostra

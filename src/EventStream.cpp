@@ -1,5 +1,7 @@
 #include "EventChannel.h"
 
+#include <QCoroFuture>
+
 namespace ostra {
 
 void EventStream::Channel::deliver(DaemonEvent event)
@@ -26,25 +28,33 @@ void EventStream::Channel::close()
     wake();
 }
 
-std::optional<EventStream::Channel::Next> EventStream::Channel::takeOrWait(const Waiter &waiter)
+std::optional<EventStream::Channel::Taken> EventStream::Channel::take()
 {
     const QMutexLocker lock(&m_mutex);
     if (!m_events.empty()) {
-        Next event = std::move(m_events.front());
+        Taken taken{std::move(m_events.front())};
         m_events.pop_front();
-        return event;
+        return taken;
     }
-    if (m_finished) {
-        return Next();
+    return m_finished ? std::optional(Taken{}) : std::nullopt;
+}
+
+QFuture<void> EventStream::Channel::available()
+{
+    const QMutexLocker lock(&m_mutex);
+    m_waiting.emplace().start();
+    QFuture<void> future = m_waiting->future();
+    if (m_finished || !m_events.empty()) {
+        wake();
     }
-    m_waiter = waiter;
-    return std::nullopt;
+    return future;
 }
 
 void EventStream::Channel::wake()
 {
-    if (m_waiter) {
-        Handoff<std::monostate>::resolve(std::exchange(m_waiter, nullptr), {});
+    if (m_waiting) {
+        m_waiting->finish();
+        m_waiting.reset();
     }
 }
 
@@ -75,11 +85,10 @@ QCoro::Task<std::optional<DaemonEvent>> EventStream::next()
     // The stream may be gone when the wait is over; the channel is not.
     const std::shared_ptr<Channel> channel = m_channel;
     for (;;) {
-        const Channel::Waiter waiter = Handoff<std::monostate>::make();
-        if (std::optional<Channel::Next> next = channel->takeOrWait(waiter)) {
-            co_return std::move(*next);
+        if (std::optional<Channel::Taken> taken = channel->take()) {
+            co_return std::move(taken->event);
         }
-        co_await waiter->value();
+        co_await channel->available();
     }
 }
 

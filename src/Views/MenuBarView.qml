@@ -1,15 +1,161 @@
 import QtQuick
+import Ostra.Core
 import Ostra.Design
+import Ostra.Views
 
-Window {
-    width: 360
-    height: 460
-    visible: true
-    title: "OSTRA"
-    color: DS.color.paper
+/// The one window's content: header, banners, one pane, footer. As wide as the window always is and
+/// as high as what it shows.
+FocusScope {
+    id: root
 
-    DSDivider {
-        width: parent.width
-        y: 40
+    required property DaemonState daemon
+    required property string versionText
+    /// What is shown and asked; the shell drives it too.
+    readonly property alias model: menu
+
+    readonly property real paneHeight: menu.pane === MenuBarViewModel.Pane.settings ? settingsPage.implicitHeight : menu.pane === MenuBarViewModel.Pane.song ? songPage.implicitHeight : list.contentHeight
+
+    component Page: Loader {
+        id: page
+
+        property bool shown: false
+
+        anchors.left: parent?.left
+        anchors.right: parent?.right
+        opacity: page.shown ? 1 : 0
+        visible: page.opacity > 0
+        enabled: page.shown
+
+        Behavior on opacity {
+            DSPanelAnimation {}
+        }
+    }
+
+    implicitWidth: 360
+    implicitHeight: column.implicitHeight
+    focus: true
+    Keys.onEscapePressed: event => event.accepted = menu.escape()
+
+    MenuBarViewModel {
+        id: menu
+        daemon: root.daemon
+        shown: root.Window.visibility !== Window.Hidden
+    }
+    Shortcut {
+        sequences: [StandardKey.Preferences, "Ctrl+,"]
+        onActivated: menu.showSettings = true
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: DS.color.paper
+    }
+    Column {
+        id: column
+        width: root.width
+
+        HeaderBar {
+            width: parent.width
+            relaunchInFlight: root.daemon.abletonRelaunchInFlight
+            onRelaunchRequested: menu.confirmingAbletonRelaunch = !menu.confirmingAbletonRelaunch
+            onSettingsRequested: menu.showSettings = !menu.showSettings
+            onQuitRequested: menu.quit()
+        }
+        DSReveal {
+            width: parent.width
+            slides: true
+            duration: DS.anim.fast
+            shown: menu.confirmingAbletonRelaunch
+            content: RelaunchConfirmation {
+                onConfirmed: menu.relaunchAbletonApp()
+                onDeclined: menu.confirmingAbletonRelaunch = false
+            }
+        }
+        DSReveal {
+            width: parent.width
+            slides: true
+            shown: root.daemon.lastError !== ""
+            content: DaemonErrorBanner {
+                title: "DAEMON OFFLINE"
+                message: menu.connectionProblem
+                actionTitle: "Retry"
+                onAction: root.daemon.retry()
+            }
+        }
+        DSReveal {
+            width: parent.width
+            slides: true
+            shown: root.daemon.lastActionError !== ""
+            content: DaemonErrorBanner {
+                title: "ACTION FAILED"
+                message: menu.actionProblem
+                actionTitle: "Dismiss"
+                onAction: root.daemon.dismissActionError()
+            }
+        }
+        DSReveal {
+            width: parent.width
+            slides: true
+            shown: root.daemon.hasAbletonNotice
+            content: AbletonNoticeBanner {
+                message: menu.abletonNoticeMessage
+                relaunchInFlight: root.daemon.abletonRelaunchInFlight
+                onRelaunch: menu.relaunchAbleton()
+                onDismiss: root.daemon.dismissAbletonNotice()
+            }
+        }
+        Item {
+            id: pane
+            width: parent.width
+            height: Math.min(460, root.paneHeight)
+            clip: true
+
+            ProjectList {
+                id: list
+                width: parent.width
+                // Higher than a short list: the pane follows its content, not the other way round.
+                height: 460
+                menu: root.model
+                enabled: menu.pane === MenuBarViewModel.Pane.list
+                opacity: enabled ? 1 : 0
+                visible: opacity > 0
+
+                Behavior on opacity {
+                    DSPanelAnimation {}
+                }
+            }
+            Page {
+                id: songPage
+                shown: menu.pane === MenuBarViewModel.Pane.song
+                active: menu.hasOpenSong || opacity > 0
+                height: parent.height
+                sourceComponent: SongPageView {
+                    daemon: root.daemon
+                    repoName: menu.openSongRepo
+                    filename: menu.openSongFile
+                    onBack: menu.closeSongPage()
+                    onRenamed: filename => menu.songRenamed(filename)
+                }
+            }
+            Page {
+                id: settingsPage
+                shown: menu.pane === MenuBarViewModel.Pane.settings
+                active: shown || opacity > 0
+                height: parent.height
+                sourceComponent: DSScrollView {
+                    SettingsView {
+                        width: parent.width
+                        daemon: root.daemon
+                        folderPicker: menu.folderPicker
+                    }
+                }
+            }
+        }
+        StatusFooter {
+            width: parent.width
+            connectionState: root.daemon.connectionState
+            detailText: menu.footerText
+            versionText: root.versionText
+        }
     }
 }

@@ -1,5 +1,3 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import Ostra.Design
 import Ostra.Views
@@ -25,7 +23,7 @@ Item {
 
             required property int index
             required property int kind
-            required property int top
+            required property int rowTop
             required property int extent
             required property string rowId
             required property string title
@@ -44,7 +42,7 @@ Item {
             required property bool isResolving
             required property string errorMessage
 
-            y: row.top
+            y: row.rowTop
             width: root.width
             height: row.extent
             sourceComponent: [section, autoGroup, autoChange, tickGroup, tick, picksGroup, pick, caption, fallback, conflict][row.kind]
@@ -54,7 +52,7 @@ Item {
                 Item {
                     DSDivider {
                         width: parent.width
-                        visible: row.top > 0
+                        visible: row.rowTop > 0
                     }
                     DSSectionLabel {
                         anchors.bottom: parent.bottom

@@ -444,7 +444,7 @@ QList<MergePanelRow> conflictRows(const QList<MergeRow::ConflictRow> &conflicts)
 QHash<int, QByteArray> MergePanelRowTraits::roleNames()
 {
     return {{MergePanelRows::KindRole, "kind"},
-            {MergePanelRows::TopRole, "top"},
+            {MergePanelRows::TopRole, "rowTop"},
             {MergePanelRows::HeightRole, "extent"},
             {MergePanelRows::IdRole, "rowId"},
             {MergePanelRows::TitleRole, "title"},

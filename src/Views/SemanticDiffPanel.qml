@@ -1,5 +1,3 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import Ostra.Design
 import Ostra.Views
@@ -77,7 +75,7 @@ Item {
                 id: row
 
                 required property int kind
-                required property int top
+                required property int rowTop
                 required property int extent
                 required property string text
                 required property string symbol
@@ -86,7 +84,7 @@ Item {
                 required property bool isExpanded
                 required property bool hasDivider
 
-                y: row.top
+                y: row.rowTop
                 width: body.width
                 height: row.extent
 

@@ -89,11 +89,9 @@ QList<DiffRow> diffRows(const QList<DeltaSummary> &summaries, const QList<DiffGr
 
 QHash<int, QByteArray> DiffRowTraits::roleNames()
 {
-    return {{KindRole, "kind"},         {TopRole, "top"},
-            {HeightRole, "extent"},     {TextRole, "text"},
-            {SymbolRole, "symbol"},     {ToneRole, "tone"},
-            {CountRole, "count"},       {ExpandedRole, "isExpanded"},
-            {DividerRole, "hasDivider"}};
+    return {{KindRole, "kind"},   {TopRole, "rowTop"},          {HeightRole, "extent"},
+            {TextRole, "text"},   {SymbolRole, "symbol"},       {ToneRole, "tone"},
+            {CountRole, "count"}, {ExpandedRole, "isExpanded"}, {DividerRole, "hasDivider"}};
 }
 
 QVariant DiffRowTraits::data(const DiffRow &row, int role)

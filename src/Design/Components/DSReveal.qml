@@ -8,6 +8,7 @@ Item {
 
     property bool shown: false
     property bool slides: false
+    property int duration: DS.anim.panel
     property Component content
     property real progress: root.shown ? 1 : 0
     readonly property bool live: root.shown || root.progress > 0
@@ -33,7 +34,9 @@ Item {
     Component.onCompleted: root.follow()
 
     Behavior on progress {
-        DSPanelAnimation {}
+        DSPanelAnimation {
+            duration: root.duration
+        }
     }
 
     Item {

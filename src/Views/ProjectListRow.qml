@@ -1,0 +1,80 @@
+import QtQuick
+import Ostra.Design
+import Ostra.Views
+
+/// One row of the project list, whatever its kind.
+Loader {
+    id: root
+
+    required property MenuBarViewModel menu
+    required property int kind
+    required property string rowId
+    required property string title
+    required property string detail
+
+    /// The head of this card must stay where it is while it opens.
+    signal held
+
+    sourceComponent: [label, empty, project, divider, discovered][root.kind]
+
+    Component {
+        id: label
+
+        DSSectionLabel {
+            title: root.title
+        }
+    }
+    Component {
+        id: empty
+
+        Column {
+            EmptyState {
+                width: parent.width
+                glyph: "waveform.slash"
+                title: "No projects tracked yet"
+                message: "Open an Ableton set in a watched folder and OSTRA starts versioning every save."
+                ctaTitle: "choose folder"
+                ctaStyle: DSButton.Ghost
+                onAction: root.menu.showingFolderPicker = true
+            }
+            WatchFolderPicker {
+                width: parent.width
+                picker: root.menu.folderPicker
+            }
+        }
+    }
+    Component {
+        id: project
+
+        RepoCardView {
+            card: root.menu.card(root.rowId)
+            isExpanded: root.menu.expandedRepo === root.rowId
+            onToggleExpand: {
+                root.held();
+                root.menu.toggleExpanded(root.rowId);
+            }
+            onOpenSong: (repoName, filename) => root.menu.openSongPage(repoName, filename)
+        }
+    }
+    Component {
+        id: divider
+
+        Item {
+            implicitHeight: 7
+
+            DSDivider {
+                y: 6
+                width: parent.width
+            }
+        }
+    }
+    Component {
+        id: discovered
+
+        DiscoveredProjectCard {
+            name: root.title
+            detail: root.detail
+            onInitRequested: root.menu.initProject(root.rowId)
+        }
+    }
+}

@@ -1,0 +1,95 @@
+import QtQuick
+import Ostra.Design
+
+/// The head line of a project card. The name keeps its width as long as the line allows it.
+Item {
+    id: root
+
+    required property string name
+    required property string metaLine
+    required property string changedText
+    required property bool isExpanded
+
+    signal toggleExpand
+    signal rename
+
+    implicitHeight: 50
+
+    DSRowButton {
+        id: head
+        anchors.fill: parent
+        name: root.name
+        description: root.metaLine
+        help: nameText.truncated ? root.name : ""
+        expandable: true
+        expanded: root.isExpanded
+        onClicked: root.toggleExpand()
+
+        contentItem: Item {
+            Rectangle {
+                id: tile
+                anchors.verticalCenter: parent.verticalCenter
+                width: 26
+                height: 26
+                color: DS.color.paper3
+                border.width: 1
+                border.color: DS.color.line
+
+                DSText {
+                    anchors.centerIn: parent
+                    text: "◆"
+                    color: DS.color.ink2
+                    decorative: true
+                }
+            }
+            DSText {
+                id: nameText
+                anchors.left: tile.right
+                anchors.leftMargin: 10
+                y: tile.y - 4
+                width: Math.min(Math.ceil(implicitWidth), changed.x - x - 26)
+                text: root.name
+                font: DS.inter(13.5, Font.DemiBold)
+                color: DS.color.ink
+                decorative: true
+            }
+            DSText {
+                anchors.left: nameText.left
+                anchors.right: changed.left
+                anchors.rightMargin: changed.visible ? 8 : 0
+                anchors.top: nameText.bottom
+                anchors.topMargin: 1
+                text: root.metaLine
+                color: DS.color.grey
+                decorative: true
+            }
+            Row {
+                id: changed
+                anchors.right: parent.right
+                anchors.verticalCenter: parent.verticalCenter
+                visible: root.changedText !== ""
+                width: visible ? implicitWidth : 0
+                spacing: 6
+
+                DSStateSquare {
+                    y: (changedLabel.height - height) / 2 + 1
+                    mode: DSStateSquare.Ostra
+                }
+                DSText {
+                    id: changedLabel
+                    text: root.changedText
+                    color: DS.color.grey
+                }
+            }
+        }
+    }
+    DSIconButton {
+        x: head.leftPadding + nameText.x + nameText.width + 4
+        y: head.topPadding + nameText.y + (nameText.height - height) / 2
+        size: 18
+        symbol: "pencil"
+        symbolSize: 9
+        help: "Rename project"
+        onClicked: root.rename()
+    }
+}

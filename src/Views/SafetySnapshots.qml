@@ -1,0 +1,43 @@
+import QtQuick
+import Ostra.Design
+import Ostra.Views
+
+/// The snapshots that the service takes by itself, behind a line that counts them.
+Column {
+    id: root
+
+    required property VersionsStripModel strip
+    required property Component list
+
+    visible: root.strip.hasSafetySnapshots
+
+    Item {
+        width: root.width
+        implicitHeight: disclosure.implicitHeight
+
+        DSRowButton {
+            id: disclosure
+            width: parent.width
+            leftPadding: 50
+            name: root.strip.safetyText
+            expandable: true
+            expanded: root.strip.showSafetySnapshots
+            onClicked: root.strip.showSafetySnapshots = !root.strip.showSafetySnapshots
+
+            contentItem: DSText {
+                text: root.strip.safetyText
+                color: DS.color.grey
+                decorative: true
+            }
+        }
+        DSDivider {
+            x: 50
+            width: parent.width - x - DS.gutter
+        }
+    }
+    DSReveal {
+        width: root.width
+        shown: root.strip.showSafetySnapshots
+        content: root.list
+    }
+}

@@ -1,0 +1,116 @@
+import QtQuick
+import Ostra.Design
+import Ostra.Views
+
+/// The album versions of a project, behind one line that tells which of them it stands at.
+Column {
+    id: root
+
+    required property VersionsStripModel strip
+
+    component Versions: Column {
+        id: list
+
+        required property VersionListModel versions
+
+        Repeater {
+            model: list.versions
+
+            delegate: VersionRow {
+                id: row
+                width: list.width
+                onRestore: root.strip.restore(row.name)
+            }
+        }
+    }
+
+    topPadding: 5
+
+    DSDivider {
+        x: 50
+        width: root.width - x - DS.gutter
+    }
+    DSRowButton {
+        width: root.width
+        leftPadding: 50
+        name: title.text
+        description: root.strip.currentCaption
+        expandable: true
+        expanded: root.strip.isOpen
+        onClicked: root.strip.isOpen = !root.strip.isOpen
+
+        contentItem: Item {
+            implicitHeight: title.implicitHeight
+
+            DSText {
+                id: title
+                text: "Album versions"
+                decorative: true
+            }
+            DSText {
+                anchors.left: title.right
+                anchors.leftMargin: 12
+                anchors.right: parent.right
+                horizontalAlignment: Text.AlignRight
+                text: root.strip.currentCaption
+                color: DS.color.grey
+                decorative: true
+            }
+        }
+    }
+    DSReveal {
+        width: root.width
+        shown: root.strip.isOpen
+
+        content: Column {
+            bottomPadding: 6
+
+            Item {
+                width: parent.width
+                implicitHeight: 24
+
+                DSStateSquare {
+                    id: square
+                    x: 50
+                    anchors.verticalCenter: parent.verticalCenter
+                    anchors.verticalCenterOffset: 1
+                    mode: root.strip.isSaved ? DSStateSquare.Ostra : DSStateSquare.Idle
+                }
+                DSText {
+                    id: currentLabel
+                    anchors.left: square.right
+                    anchors.leftMargin: 6
+                    anchors.verticalCenter: parent.verticalCenter
+                    text: "CURRENT"
+                    font: DS.mono(10)
+                    color: DS.color.grey
+                }
+                DSText {
+                    anchors.left: currentLabel.right
+                    anchors.leftMargin: 8
+                    anchors.right: parent.right
+                    anchors.rightMargin: DS.gutter
+                    anchors.verticalCenter: parent.verticalCenter
+                    text: root.strip.configurationText
+                }
+            }
+            VersionNaming {
+                width: parent.width
+                strip: root.strip
+            }
+            Versions {
+                width: parent.width
+                versions: root.strip.namedVersions
+            }
+            SafetySnapshots {
+                width: parent.width
+                strip: root.strip
+                list: Component {
+                    Versions {
+                        versions: root.strip.safetySnapshots
+                    }
+                }
+            }
+        }
+    }
+}
