@@ -82,7 +82,10 @@ bool StoreFixture::sleep(Scheduler::Duration delay)
 void StoreFixture::settle()
 {
     for (int round = 0; round < 3; ++round) {
-        Outcome(state->client().send({.cmd = QStringLiteral("ping")})).wait();
+        const Outcome ping(state->client().send({.cmd = QStringLiteral("ping")}));
+        if (!until([&] { return ping.isReady(); })) {
+            qFatal("the client does not answer");
+        }
     }
 }
 
