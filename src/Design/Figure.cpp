@@ -4,30 +4,91 @@
 #include <QtMath>
 
 #include <algorithm>
+#include <cmath>
 
 namespace ostra {
 
 namespace {
 
-void paintPart(QPainter &painter, const Figure::Part &part, const QTransform &toFrame, qreal width,
-               const QColor &color)
+constexpr qreal kSamePlace = 1e-3;
+
+bool isSame(qreal a, qreal b)
 {
-    const bool cuts = part.ink == Figure::Ink::CutStroke || part.ink == Figure::Ink::CutFill;
-    const bool strokes = part.ink == Figure::Ink::Stroke || part.ink == Figure::Ink::CutStroke;
-    painter.setCompositionMode(cuts ? QPainter::CompositionMode_DestinationOut
-                                    : QPainter::CompositionMode_SourceOver);
-    QPainterPath path = toFrame.map(part.path);
-    if (strokes) {
-        // As an outline that is filled: the painter draws thin lines by coarser means.
-        QPainterPathStroker stroker;
-        stroker.setWidth(width * part.widthFactor);
-        stroker.setCapStyle(Qt::RoundCap);
-        stroker.setJoinStyle(Qt::RoundJoin);
-        stroker.setCurveThreshold(0.02);
-        path = stroker.createStroke(path);
-        path.setFillRule(Qt::WindingFill);
+    return qAbs(a - b) < kSamePlace;
+}
+
+/// A run of a path from one move to the next, as element indices.
+struct Run {
+    int first, last;
+};
+
+QList<Run> runsOf(const QPainterPath &path)
+{
+    QList<Run> runs;
+    for (int i = 0; i < path.elementCount(); ++i) {
+        if (path.elementAt(i).isMoveTo()) {
+            runs += {i, i};
+        } else {
+            runs.last().last = i;
+        }
     }
-    painter.fillPath(path, color);
+    return runs;
+}
+
+bool isRing(const QPainterPath &path, const Run &run)
+{
+    for (int i = run.first + 1; i <= run.last; ++i) {
+        if (path.elementAt(i).isLineTo()) {
+            return false;
+        }
+    }
+    return path.elementAt(run.first) == path.elementAt(run.last);
+}
+
+/// Lays upright and level lines onto whole pixels, so that they are as sharp as they can be; what
+/// joins them moves along. Rings keep their shape.
+QPainterPath onPixels(QPainterPath path, qreal width)
+{
+    const bool odd = std::max(1, qRound(width)) % 2 == 1;
+    const auto snapped = [odd](qreal at) {
+        return odd ? std::floor(at) + 0.5 : std::round(at);
+    };
+    QList<qreal> uprights;
+    QList<qreal> levels;
+    for (int i = 1; i < path.elementCount(); ++i) {
+        const QPainterPath::Element from = path.elementAt(i - 1);
+        const QPainterPath::Element to = path.elementAt(i);
+        if (to.isLineTo() && isSame(from.x, to.x)) {
+            uprights += to.x;
+        } else if (to.isLineTo() && isSame(from.y, to.y)) {
+            levels += to.y;
+        }
+    }
+    const auto moved = [&snapped](qreal at, const QList<qreal> &lines) {
+        const bool onLine =
+            std::ranges::any_of(lines, [at](qreal line) { return isSame(line, at); });
+        return onLine ? snapped(at) : at;
+    };
+    const QList<Run> runs = runsOf(path);
+    for (const Run &run : runs) {
+        for (int i = run.first; i <= run.last && !isRing(path, run); ++i) {
+            const QPainterPath::Element point = path.elementAt(i);
+            path.setElementPositionAt(i, moved(point.x, uprights), moved(point.y, levels));
+        }
+    }
+    return path;
+}
+
+QPainterPath outline(const QPainterPath &path, qreal width)
+{
+    // Filled, not stroked by the painter, which draws thin lines by coarser means.
+    QPainterPathStroker stroker;
+    stroker.setWidth(width);
+    stroker.setCapStyle(Qt::RoundCap);
+    stroker.setJoinStyle(Qt::RoundJoin);
+    QPainterPath stroke = stroker.createStroke(onPixels(path, width));
+    stroke.setFillRule(Qt::WindingFill);
+    return stroke;
 }
 
 } // namespace
@@ -35,17 +96,23 @@ void paintPart(QPainter &painter, const Figure::Part &part, const QTransform &to
 QImage figureImage(const Figure &figure, qreal side, qreal devicePixelRatio, qreal lineWidth,
                    const QColor &color)
 {
-    const int pixels = std::max(1, qCeil(side * devicePixelRatio));
-    QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
-    image.setDevicePixelRatio(devicePixelRatio);
+    const qreal pixels = side * devicePixelRatio;
+    const int edge = std::max(1, qCeil(pixels));
+    QImage image(edge, edge, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QTransform toFrame = QTransform::fromScale(side, side);
-    const qreal width = lineWidth > 0 ? lineWidth : figure.lineWidth * side;
+    const qreal width = lineWidth > 0 ? lineWidth * devicePixelRatio : figure.lineWidth * pixels;
     for (const Figure::Part &part : figure.parts) {
-        paintPart(painter, part, toFrame, width, color);
+        const bool cuts = part.ink == Figure::Ink::CutStroke || part.ink == Figure::Ink::CutFill;
+        const bool strokes = part.ink == Figure::Ink::Stroke || part.ink == Figure::Ink::CutStroke;
+        const QPainterPath path = QTransform::fromScale(pixels, pixels).map(part.path);
+        painter.setCompositionMode(cuts ? QPainter::CompositionMode_DestinationOut
+                                        : QPainter::CompositionMode_SourceOver);
+        painter.fillPath(strokes ? outline(path, width * part.widthFactor) : path, color);
     }
+    painter.end();
+    image.setDevicePixelRatio(devicePixelRatio);
     return image;
 }
 

@@ -103,6 +103,7 @@ QSGNode *FigureItem::updatePaintNode(QSGNode *old, UpdatePaintNodeData *)
     if (node == nullptr) {
         node = window()->createImageNode();
         node->setOwnsTexture(true);
+        node->setFiltering(QSGTexture::Linear); // for what turns
         m_stale = true;
     }
     if (m_stale) {

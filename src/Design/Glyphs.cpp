@@ -168,23 +168,21 @@ Figure xmarkCircleFill()
 Sketch waveform()
 {
     return Sketch()
-        .move(1.5, 7)
-        .line(1.5, 9)
-        .move(4.1, 5)
-        .line(4.1, 11)
-        .move(6.7, 2.25)
-        .line(6.7, 13.75)
-        .move(9.3, 4.5)
-        .line(9.3, 11.5)
-        .move(11.9, 3.25)
-        .line(11.9, 12.75)
-        .move(14.5, 6.75)
-        .line(14.5, 9.25);
+        .move(2.29, 6)
+        .line(2.29, 10)
+        .move(5.14, 3.5)
+        .line(5.14, 12.5)
+        .move(8, 1.5)
+        .line(8, 14.5)
+        .move(10.86, 4)
+        .line(10.86, 12)
+        .move(13.71, 6.25)
+        .line(13.71, 9.75);
 }
 
 Figure waveformSlash()
 {
-    const QPainterPath slash = Sketch().move(2.25, 2.25).line(13.75, 13.75).path();
+    const QPainterPath slash = Sketch().move(2, 2).line(14, 14).path();
     return {{{waveform().path()}, {slash, Ink::CutStroke, 3.2}, {slash}}, 1.0 / 16};
 }
 
@@ -249,27 +247,29 @@ const Figure &glyphFigure(Glyph glyph)
 
 const Figure &abletonLinesFigure()
 {
+    // A pitch of two pixels at the usual thirteen points.
     static const Figure figure = strokes(Sketch()
-                                             .move(2, 3)
-                                             .line(2, 13)
-                                             .move(4.75, 3)
-                                             .line(4.75, 13)
-                                             .move(7.5, 3)
-                                             .line(7.5, 13)
-                                             .move(10.25, 3)
-                                             .line(14.5, 3)
-                                             .move(10.25, 8)
-                                             .line(14.5, 8)
-                                             .move(10.25, 13)
-                                             .line(14.5, 13));
+                                             .move(1.85, 2.5)
+                                             .line(1.85, 13.5)
+                                             .move(4.31, 2.5)
+                                             .line(4.31, 13.5)
+                                             .move(6.77, 2.5)
+                                             .line(6.77, 13.5)
+                                             .move(9.25, 3)
+                                             .line(14.25, 3)
+                                             .move(9.25, 8)
+                                             .line(14.25, 8)
+                                             .move(9.25, 13)
+                                             .line(14.25, 13));
     return figure;
 }
 
-// The growth rings of a shell, each laid around the one before it: a history, and an O.
+// A shell grown ring around ring, with its pearl: a history, and an O.
 const Figure &ostraMarkFigure()
 {
-    static const Figure figure =
-        strokes(Sketch().circle(8, 8, 7).circle(8, 10.2, 4.8).circle(8, 12.4, 2.6).turn(45));
+    static const Figure figure{{{Sketch().circle(8, 8, 7).circle(8, 10.5, 4.5).turn(45).path()},
+                                {Sketch().circle(8, 10.5, 1.75).turn(45).path(), Ink::Fill}},
+                               1.25 / 15};
     return figure;
 }
 

@@ -170,23 +170,6 @@ Window {
                         text: "disabled"
                         enabled: false
                     }
-                    DSText {
-                        anchors.verticalCenter: parent.verticalCenter
-                        text: "from"
-                        color: DS.color.grey
-                        decorative: true
-                    }
-                    DSMenuPicker {
-                        id: picker
-                        name: "from"
-                        options: ["main", "chorus-alt", "a variation with a long name"]
-                        selection: root.from
-                        onPicked: tag => root.from = tag
-                    }
-                }
-                Row {
-                    spacing: 8
-
                     DSMenuPicker {
                         name: "nothing"
                         options: ["main"]
@@ -254,6 +237,28 @@ Window {
                     enabled: false
                 }
             }
+            GallerySection {
+                width: parent.width
+                title: "Menu"
+
+                Row {
+                    spacing: 8
+
+                    DSText {
+                        anchors.verticalCenter: parent.verticalCenter
+                        text: "from"
+                        color: DS.color.grey
+                        decorative: true
+                    }
+                    DSMenuPicker {
+                        id: picker
+                        name: "from"
+                        options: ["main", "chorus-alt", "a variation with a long name"]
+                        selection: root.from
+                        onPicked: tag => root.from = tag
+                    }
+                }
+            }
         }
         Column {
             width: 380
@@ -294,6 +299,7 @@ Window {
                     }
                     SongMark {}
                     AbletonLinesGlyph {
+                        anchors.verticalCenter: parent.verticalCenter
                         color: DS.color.grey
                     }
                     Repeater {
@@ -314,11 +320,14 @@ Window {
                         }
                     }
                     DSStateSquare {
+                        anchors.verticalCenter: parent.verticalCenter
                         mode: DSStateSquare.Ostra
                         size: 8
                         accessibility: "connected"
                     }
-                    DSDelayedSpinner {}
+                    DSDelayedSpinner {
+                        anchors.verticalCenter: parent.verticalCenter
+                    }
                 }
             }
             GallerySection {
@@ -457,7 +466,7 @@ Window {
                     width: parent.width
                     height: 30
                     name: "A banner"
-                    visible: root.side === "from"
+                    visible: root.side === "from" || root.posing
                     DSText {
                         x: DS.gutter
                         anchors.verticalCenter: parent.verticalCenter
@@ -467,6 +476,15 @@ Window {
                 DSText {
                     x: DS.gutter
                     text: root.log
+                }
+                Item {
+                    width: parent.width
+                    height: 1
+
+                    DSToolTip {
+                        visible: root.posing
+                        text: "Quit Ableton (it will ask about unsaved changes) and reopen the switched project"
+                    }
                 }
             }
         }

@@ -11,6 +11,7 @@ T.ToolTip {
         font: DS.mono(10)
         color: DS.color.ink2
         wrapMode: Text.Wrap
+        elide: Text.ElideNone
         decorative: true
     }
 
@@ -22,7 +23,7 @@ T.ToolTip {
     topPadding: 4
     bottomPadding: 4
     implicitWidth: Math.min(root.words.implicitWidth + root.leftPadding + root.rightPadding, 260)
-    implicitHeight: root.contentHeight + root.topPadding + root.bottomPadding
+    implicitHeight: root.words.implicitHeight + root.topPadding + root.bottomPadding
     closePolicy: T.Popup.NoAutoClose
     delay: 0
     timeout: -1
