@@ -162,6 +162,9 @@ Value valueOf(const MergeRow::ConflictRow &row, int role)
 
 QVariant emptyValue(int role)
 {
+    if (role < MergePanelRows::KindRole) {
+        return {};
+    }
     switch (role) {
     case MergePanelRows::ExpandedRole:
     case MergePanelRows::TickedRole:
