@@ -77,7 +77,15 @@ QList<QQuickItem *> inReadingOrder(const QQuickItem *item)
     return items;
 }
 
-void collect(const QQuickItem *item, bool insideControl, QList<QQuickItem *> &into)
+// What a control says of itself its texts need not say again.
+bool isSaidBy(const QQuickItem *control, const QQuickItem *text)
+{
+    const auto *outer = QQuickAccessibleAttached::attachedProperties(control);
+    const auto *inner = QQuickAccessibleAttached::attachedProperties(text);
+    return inner->name() == outer->name() || inner->name() == outer->description();
+}
+
+void collect(const QQuickItem *item, const QQuickItem *control, QList<QQuickItem *> &into)
 {
     const QList<QQuickItem *> items = inReadingOrder(item);
     for (QQuickItem *child : items) {
@@ -85,8 +93,9 @@ void collect(const QQuickItem *item, bool insideControl, QList<QQuickItem *> &in
             continue;
         }
         if (!isRead(child)) {
-            collect(child, insideControl, into);
-        } else if (!insideControl || roleOf(child) != QAccessible::StaticText) {
+            collect(child, control, into);
+        } else if (control == nullptr || roleOf(child) != QAccessible::StaticText ||
+                   !isSaidBy(control, child)) {
             into += child;
         }
     }
@@ -95,7 +104,7 @@ void collect(const QQuickItem *item, bool insideControl, QList<QQuickItem *> &in
 QList<QQuickItem *> readChildren(const QQuickItem *item)
 {
     QList<QQuickItem *> found;
-    collect(item, isControl(roleOf(item)), found);
+    collect(item, isControl(roleOf(item)) ? item : nullptr, found);
     const DSAccessible *extra = DSAccessible::of(item);
     if (extra != nullptr && extra->popup() != nullptr && extra->popup()->isVisible()) {
         found += extra->popup();

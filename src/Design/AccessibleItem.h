@@ -8,7 +8,8 @@ namespace ostra {
 
 /// What assistive technology meets for every item that has a role. Qt's own interface says neither
 /// that an item is disabled nor that it opens and is open, lists what is not shown, and takes no
-/// text; everything else is Qt's. Texts inside a control are that control's name, not its children.
+/// text; everything else is Qt's. Texts inside a control that are its name or its description are
+/// not its children.
 class AccessibleItem final : public QAccessibleQuickItem, public QAccessibleEditableTextInterface {
 public:
     explicit AccessibleItem(QQuickItem *item) : QAccessibleQuickItem(item) {}

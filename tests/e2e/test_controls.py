@@ -66,6 +66,8 @@ class TestControls(harness.EndToEnd):
         for text in ["Save", "Night Drive", "3 songs · 12.3 MB · saved 5m ago", "Keep",
                      "tempo 120.00", "Start at login", "scrolled 0"]:
             self.assertEqual(self.gallery.all("label", text), [], text)
+        row = self.gallery.find("push button", "Night Drive")
+        self.assertEqual([node.name for node in row.children], ["2 changed"])
 
     def test_decoration_is_not_read(self):
         self.assertEqual([node.name for node in self.gallery.all("image")], ["connected"])

@@ -411,6 +411,10 @@ Window {
                             text: head.description
                             color: DS.color.grey
                         }
+                        DSText {
+                            text: "2 changed"
+                            color: DS.color.grey
+                        }
                     }
                 }
                 DSReveal {

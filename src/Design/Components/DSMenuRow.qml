@@ -46,6 +46,6 @@ DSPressable {
     contentItem: root.body
     background: Rectangle {
         radius: DS.radius
-        color: Qt.alpha(DS.color.line, root.current ? 1 : 0)
+        color: Qt.alpha(DS.highContrast ? DS.color.paper : DS.color.line, root.current ? 1 : 0)
     }
 }
