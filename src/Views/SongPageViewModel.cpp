@@ -59,7 +59,10 @@ void SongPageViewModel::setFilename(const QString &filename)
 
 void SongPageViewModel::setRoute(SongRoute route)
 {
-    if (m_route == route) {
+    // A page that is being left keeps its song until it has faded out.
+    const bool isLeft = route.repoName.isEmpty() || route.filename.isEmpty();
+    const bool isOpen = !m_route.repoName.isEmpty() && !m_route.filename.isEmpty();
+    if (m_route == route || (isOpen && isLeft)) {
         return;
     }
     const bool isOwnRename = m_renamedTo == route;
