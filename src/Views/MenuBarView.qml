@@ -112,6 +112,7 @@ FocusScope {
 
             ProjectList {
                 id: list
+                objectName: "projectList"
                 width: parent.width
                 // Higher than a short list: the pane follows its content, not the other way round.
                 height: 460

@@ -10,6 +10,8 @@ Item {
     required property string changedText
     required property bool isExpanded
 
+    readonly property real changedWidth: changed.visible ? changed.width + 8 : 0
+
     signal toggleExpand
     signal rename
 
@@ -47,7 +49,7 @@ Item {
                 anchors.left: tile.right
                 anchors.leftMargin: 10
                 y: tile.y - 4
-                width: Math.min(Math.ceil(implicitWidth), changed.x - x - 26)
+                width: Math.min(Math.ceil(implicitWidth), parent.width - root.changedWidth - x - 26)
                 text: root.name
                 font: DS.inter(13.5, Font.DemiBold)
                 color: DS.color.ink
@@ -55,32 +57,32 @@ Item {
             }
             DSText {
                 anchors.left: nameText.left
-                anchors.right: changed.left
-                anchors.rightMargin: changed.visible ? 8 : 0
+                anchors.right: parent.right
+                anchors.rightMargin: root.changedWidth
                 anchors.top: nameText.bottom
                 anchors.topMargin: 1
                 text: root.metaLine
                 color: DS.color.grey
                 decorative: true
             }
-            Row {
-                id: changed
-                anchors.right: parent.right
-                anchors.verticalCenter: parent.verticalCenter
-                visible: root.changedText !== ""
-                width: visible ? implicitWidth : 0
-                spacing: 6
+        }
+    }
+    Row {
+        id: changed
+        anchors.right: parent.right
+        anchors.rightMargin: DS.gutter
+        anchors.verticalCenter: parent.verticalCenter
+        visible: root.changedText !== ""
+        spacing: 6
 
-                DSStateSquare {
-                    y: (changedLabel.height - height) / 2 + 1
-                    mode: DSStateSquare.Ostra
-                }
-                DSText {
-                    id: changedLabel
-                    text: root.changedText
-                    color: DS.color.grey
-                }
-            }
+        DSStateSquare {
+            y: (changedLabel.height - height) / 2 + 1
+            mode: DSStateSquare.Ostra
+        }
+        DSText {
+            id: changedLabel
+            text: root.changedText
+            color: DS.color.grey
         }
     }
     DSIconButton {

@@ -34,7 +34,7 @@ QByteArray compact(const QJsonObject &object)
 void walk(QAccessibleInterface *node, int depth,
           const std::function<void(QAccessibleInterface *, int)> &visit)
 {
-    if (!node || node->state().invisible) {
+    if (!node) {
         return;
     }
     visit(node, depth);
@@ -243,6 +243,21 @@ QString ViewFixture::tree()
                  << "'" << (node->state().disabled ? " disabled" : "")
                  << (node->state().expanded ? " expanded" : "") << "\n";
          });
+    return lines;
+}
+
+QByteArrayList ViewFixture::sent() const
+{
+    QByteArrayList lines = service.lines();
+    lines.removeAll(R"({"cmd":"ping"})");
+    return lines;
+}
+
+QByteArrayList ViewFixture::sent(const QString &command) const
+{
+    QByteArrayList lines = sent();
+    lines.removeIf([beginning = u"{\"cmd\":\"%1\""_s.arg(command).toUtf8()](
+                       const QByteArray &line) { return !line.startsWith(beginning); });
     return lines;
 }
 

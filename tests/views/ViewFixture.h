@@ -51,7 +51,7 @@ public:
     QList<QAccessibleInterface *> all(QAccessible::Role role, const QString &name = {});
     /// The one of that role and name; null when there is none, a failure when there are several.
     QAccessibleInterface *find(QAccessible::Role role, const QString &name);
-    bool has(QAccessible::Role role, const QString &name) { return !all(role, name).isEmpty(); }
+    bool has(QAccessible::Role role, const QString &name = {}) { return !all(role, name).isEmpty(); }
     /// The visible texts that belong to no control.
     QStringList labels();
     /// As assistive technology presses; then settles.
@@ -64,6 +64,12 @@ public:
     QString focusName() const;
     /// One line per accessible thing, for failure messages.
     QString tree();
+
+    /// The lines that the service received since forget(), without what this fixture sends itself.
+    QByteArrayList sent() const;
+    /// The same, of one command.
+    QByteArrayList sent(const QString &command) const;
+    void forget() { service.forgetRequests(); }
 
     QObject *model() const; ///< of the window's content
     template <typename T>
