@@ -3,7 +3,6 @@
 #include "DaemonClientContext.h"
 #include "EventChannel.h"
 
-#include <QCoroFuture>
 #include <QDir>
 
 #include <csignal>
@@ -80,15 +79,11 @@ void DaemonClient::post(Work work)
 
 QCoro::Task<bool> DaemonClient::connect()
 {
-    QPromise<bool> promise;
-    promise.start();
-    const QFuture<bool> connected = promise.future();
-    post([context = m_context.get(), attempt = m_context->announceAttempt(),
-          promise = std::move(promise)]() mutable {
-        promise.addResult(context->connect(attempt));
-        promise.finish();
+    const auto outcome = Handoff<bool>::make();
+    post([context = m_context.get(), attempt = m_context->announceAttempt(), outcome] {
+        Handoff<bool>::resolve(outcome, context->connect(attempt));
     });
-    co_return co_await connected;
+    co_return co_await outcome->value();
 }
 
 bool DaemonClient::isConnected() const
@@ -105,12 +100,11 @@ void DaemonClient::setOnStateChange(std::function<void(bool)> onStateChange)
 
 QCoro::Task<DaemonClient::Result<IPCResponse>> DaemonClient::send(IPCCommand command)
 {
-    Context::Waiter waiter;
-    waiter.start();
-    const QFuture<Result<IPCResponse>> reply = waiter.future();
-    post([context = m_context.get(), command = std::move(command),
-          waiter = std::move(waiter)]() mutable { context->send(command, std::move(waiter)); });
-    co_return co_await reply;
+    const Context::Waiter waiter = Context::Waiter::element_type::make();
+    post([context = m_context.get(), command = std::move(command), waiter] {
+        context->send(command, waiter);
+    });
+    co_return co_await waiter->value();
 }
 
 EventStream DaemonClient::eventStream()

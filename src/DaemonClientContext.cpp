@@ -10,14 +10,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
+using Answer = Handoff<DaemonClient::Result<IPCResponse>>;
+
 constexpr Scheduler::Duration kReplyTime = 15s;
 constexpr std::size_t kReadBufferSize = 65'536;
-
-void resolve(DaemonClient::Result<IPCResponse> result, QPromise<decltype(result)> &waiter)
-{
-    waiter.addResult(std::move(result));
-    waiter.finish();
-}
 
 DaemonClient::Result<IPCResponse> failure(DaemonClient::ClientError error)
 {
@@ -104,9 +100,9 @@ void DaemonClient::Context::routeLine(QByteArrayView text)
     Request request = std::move(m_pending.front());
     m_pending.pop_front();
     if (Decoded<IPCResponse> response = line.response()) {
-        resolve(std::move(*response), request.waiter);
+        Answer::resolve(std::move(request.waiter), std::move(*response));
     } else {
-        resolve(tl::unexpected<Error>(response.error()), request.waiter);
+        Answer::resolve(std::move(request.waiter), tl::unexpected<Error>(response.error()));
     }
 }
 
@@ -114,7 +110,7 @@ void DaemonClient::Context::send(const IPCCommand &command, Waiter waiter)
 {
     const Socket socket = m_socket;
     if (!socket) {
-        resolve(failure(ClientError::notConnected), waiter);
+        Answer::resolve(std::move(waiter), failure(ClientError::notConnected));
         return;
     }
     // Waiting before the first byte is written, so that a write which the service holds up is
@@ -127,7 +123,7 @@ void DaemonClient::Context::send(const IPCCommand &command, Waiter waiter)
     if (socket == m_socket) {
         Request request = std::move(m_pending.back());
         m_pending.pop_back();
-        resolve(failure(ClientError::disconnected), request.waiter);
+        Answer::resolve(std::move(request.waiter), failure(ClientError::disconnected));
     }
 }
 
@@ -151,7 +147,7 @@ bool DaemonClient::Context::timeOutOldest()
     }
     Request request = std::move(m_pending.front());
     m_pending.pop_front();
-    resolve(failure(ClientError::timeout), request.waiter);
+    Answer::resolve(std::move(request.waiter), failure(ClientError::timeout));
     handleDisconnect(m_socket);
     return true;
 }
@@ -182,7 +178,7 @@ void DaemonClient::Context::tearDown()
 void DaemonClient::Context::failPendingAndReset()
 {
     for (Request &request : std::exchange(m_pending, {})) {
-        resolve(failure(ClientError::disconnected), request.waiter);
+        Answer::resolve(std::move(request.waiter), failure(ClientError::disconnected));
     }
     m_timer.reset();
     if (const auto events = std::exchange(m_events, nullptr)) {

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "DaemonClient.h"
+#include "Handoff.h"
 #include "LineSplitter.h"
 #include "Platform/Scheduler.h"
 
 #include <QObject>
-#include <QPromise>
 #include <QThreadPool>
 
 #include <atomic>
@@ -21,7 +21,7 @@ class DaemonClient::Context final : public QObject {
     Q_OBJECT
 
 public:
-    using Waiter = QPromise<Result<IPCResponse>>;
+    using Waiter = Handoff<Result<IPCResponse>>::Ptr;
 
     Context(Scheduler &scheduler, QString socketPath);
 

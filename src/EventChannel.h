@@ -1,10 +1,9 @@
 #pragma once
 
 #include "EventStream.h"
+#include "Handoff.h"
 
-#include <QFuture>
 #include <QMutex>
-#include <QPromise>
 
 #include <deque>
 
@@ -19,13 +18,11 @@ public:
     /// Nobody listens any more: finishes, and forgets what was not taken.
     void close();
 
-    /// Something to take, or nothing because the stream has finished.
-    struct Taken {
-        std::optional<DaemonEvent> event;
-    };
-    /// Nothing yet: `available()` tells when to look again.
-    std::optional<Taken> take();
-    QFuture<void> available();
+    /// What `next()` would return, or an unset value when that is not known yet; then the waiter
+    /// is resolved when it is worth to look again.
+    using Next = std::optional<DaemonEvent>;
+    using Waiter = Handoff<std::monostate>::Ptr;
+    std::optional<Next> takeOrWait(const Waiter &waiter);
 
 private:
     void wake();
@@ -33,7 +30,7 @@ private:
     QMutex m_mutex;
     std::deque<DaemonEvent> m_events;
     bool m_finished = false;
-    std::optional<QPromise<void>> m_waiting;
+    Waiter m_waiter;
 };
 
 } // namespace ostra

@@ -1,7 +1,5 @@
 #include "EventChannel.h"
 
-#include <QCoroFuture>
-
 namespace ostra {
 
 void EventStream::Channel::deliver(DaemonEvent event)
@@ -28,33 +26,25 @@ void EventStream::Channel::close()
     wake();
 }
 
-std::optional<EventStream::Channel::Taken> EventStream::Channel::take()
+std::optional<EventStream::Channel::Next> EventStream::Channel::takeOrWait(const Waiter &waiter)
 {
     const QMutexLocker lock(&m_mutex);
     if (!m_events.empty()) {
-        Taken taken{std::move(m_events.front())};
+        Next event = std::move(m_events.front());
         m_events.pop_front();
-        return taken;
+        return event;
     }
-    return m_finished ? std::optional(Taken{}) : std::nullopt;
-}
-
-QFuture<void> EventStream::Channel::available()
-{
-    const QMutexLocker lock(&m_mutex);
-    m_waiting.emplace().start();
-    QFuture<void> future = m_waiting->future();
-    if (m_finished || !m_events.empty()) {
-        wake();
+    if (m_finished) {
+        return Next();
     }
-    return future;
+    m_waiter = waiter;
+    return std::nullopt;
 }
 
 void EventStream::Channel::wake()
 {
-    if (m_waiting) {
-        m_waiting->finish();
-        m_waiting.reset();
+    if (m_waiter) {
+        Handoff<std::monostate>::resolve(std::exchange(m_waiter, nullptr), {});
     }
 }
 
@@ -85,10 +75,11 @@ QCoro::Task<std::optional<DaemonEvent>> EventStream::next()
     // The stream may be gone when the wait is over; the channel is not.
     const std::shared_ptr<Channel> channel = m_channel;
     for (;;) {
-        if (std::optional<Channel::Taken> taken = channel->take()) {
-            co_return std::move(taken->event);
+        const Channel::Waiter waiter = Handoff<std::monostate>::make();
+        if (std::optional<Channel::Next> next = channel->takeOrWait(waiter)) {
+            co_return std::move(*next);
         }
-        co_await channel->available();
+        co_await waiter->value();
     }
 }
 

