@@ -1,0 +1,396 @@
+#include "Protocol/ReplyEncoder.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ostra {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json json(const QString &value)
+{
+    return value.toStdString();
+}
+
+Json json(const MergeConflictDTO &conflict)
+{
+    return {{"id", json(conflict.id)}, {"track_id", json(conflict.trackId)}};
+}
+
+Json json(const BranchInfo &branch)
+{
+    return {{"name", json(branch.name)},
+            {"is_current", branch.isCurrent},
+            {"head_commit", json(branch.headCommit)}};
+}
+
+Json json(const VariationInfo &variation)
+{
+    return {{"name", json(variation.name)}, {"is_current", variation.isCurrent}};
+}
+
+Json json(const AlbumVersionSong &song)
+{
+    return {{"file", json(song.file)},
+            {"variation", json(song.variation)},
+            {"commit", json(song.commit)}};
+}
+
+Json json(const MergePlanPickDTO &pick)
+{
+    return {{"key_id", json(pick.keyId)},
+            {"key_summary", json(pick.keySummary)},
+            {"from_summary", json(pick.fromSummary)},
+            {"into_summary", json(pick.intoSummary)}};
+}
+
+Json json(const MergePlanFallbackDTO &fallback)
+{
+    return {{"key_id", json(fallback.keyId)}, {"region_summary", json(fallback.regionSummary)}};
+}
+
+Json json(const TagInfo &tag)
+{
+    Json object{{"name", json(tag.name)}, {"commit", json(tag.commit)}};
+    if (tag.created) {
+        object["created"] = *tag.created;
+    }
+    return object;
+}
+
+Json json(const DeltaSummary &delta)
+{
+    Json object{{"kind", json(delta.kind)}};
+    if (delta.category) {
+        object["category"] = json(*delta.category);
+    }
+    object["text"] = json(delta.text);
+    return object;
+}
+
+Json json(const MergePlanChangeDTO &change)
+{
+    Json object{{"id", json(change.id)},
+                {"side", json(change.side)},
+                {"summary", json(change.summary)},
+                {"category", json(change.category)},
+                {"class", json(change.deltaClass)},
+                {"auto_approved", change.autoApproved},
+                {"forced_pick", change.forcedPick}};
+    if (change.detail) {
+        object["detail"] = json(*change.detail);
+    }
+    return object;
+}
+
+Json json(const SongGraphNode &node)
+{
+    Json parents = Json::array();
+    for (const QString &parent : node.parents) {
+        parents.push_back(json(parent));
+    }
+    Json object{{"id", json(node.id)},
+                {"short", json(node.short_)},
+                {"message", json(node.message)},
+                {"timestamp", node.timestamp},
+                {"parents", std::move(parents)},
+                {"lane", node.lane},
+                {"variation", json(node.variation)}};
+    if (node.version) {
+        object["version"] = json(*node.version);
+    }
+    object["is_merge"] = node.isMerge;
+    object["is_tip"] = node.isTip;
+    return object;
+}
+
+template <typename T>
+Json json(const QList<T> &values);
+
+Json json(const FileState &song)
+{
+    Json object{{"filename", json(song.filename)},
+                {"branch", json(song.branch)},
+                {"variations", json(song.variations)},
+                {"is_modified", song.isModified}};
+    if (song.lastVersion) {
+        object["last_version"] = {{"name", json(song.lastVersion->name)},
+                                  {"commit", json(song.lastVersion->commit)}};
+    }
+    object["changed_since_version"] = song.changedSinceVersion;
+    if (song.lastSaved) {
+        object["last_saved"] = *song.lastSaved;
+    }
+    return object;
+}
+
+Json json(const AlbumVersion &album)
+{
+    Json object{{"name", json(album.name)}, {"created", json(album.created)}};
+    if (album.note) {
+        object["note"] = json(*album.note);
+    }
+    object["songs"] = json(album.songs);
+    return object;
+}
+
+Json json(const RepoStatus &repo)
+{
+    Json object{{"name", json(repo.name)},
+                {"path", json(repo.path)},
+                {"current_branch", json(repo.currentBranch)},
+                {"head_commit", json(repo.headCommit)},
+                {"head_message", json(repo.headMessage)},
+                {"is_dirty", repo.isDirty},
+                {"file_states", json(repo.fileStates)}};
+    if (repo.sizeBytes) {
+        object["size_bytes"] = *repo.sizeBytes;
+    }
+    if (repo.createdAt) {
+        object["created_at"] = *repo.createdAt;
+    }
+    return object;
+}
+
+Json json(const DiscoveredProject &project)
+{
+    return {{"path", json(project.path)},
+            {"name", json(project.name)},
+            {"als_files", json(project.alsFiles)}};
+}
+
+template <typename T>
+Json json(const QList<T> &values)
+{
+    Json array = Json::array();
+    for (const T &value : values) {
+        array.push_back(json(value));
+    }
+    return array;
+}
+
+Json reply(const char *type)
+{
+    return {{"type", type}};
+}
+
+Json json(const Reply::Status &value)
+{
+    Json object = reply("status");
+    object["repos"] = json(value.repos);
+    object["discovered"] = json(value.discovered);
+    return object;
+}
+
+Json json(const Reply::Branches &value)
+{
+    Json object = reply("branches");
+    object["branches"] = json(value.branches);
+    return object;
+}
+
+Json json(const Reply::DiffResult &value)
+{
+    Json object = reply("diff_result");
+    object["summaries"] = json(value.summaries);
+    return object;
+}
+
+Json json(const MergeResult &value)
+{
+    Json object = reply("merge_result");
+    object["conflicts"] = json(value.conflicts);
+    object["auto_merged"] = value.autoMerged;
+    object["skipped"] = json(value.skipped);
+    if (value.degradeReason) {
+        object["degrade_reason"] = json(*value.degradeReason);
+    }
+    return object;
+}
+
+Json json(const Reply::WatchPaths &value)
+{
+    Json object = reply("watch_paths");
+    object["paths"] = json(value.paths);
+    return object;
+}
+
+Json json(const Reply::LaunchdInfo &value)
+{
+    Json object = reply("launchd_info");
+    object["installed"] = value.installed;
+    return object;
+}
+
+Json json(const Reply::Tags &value)
+{
+    Json object = reply("tags");
+    object["tags"] = json(value.tags);
+    return object;
+}
+
+Json json(const SongGraph &value)
+{
+    Json object = reply("song_graph");
+    object["nodes"] = json(value.nodes);
+    object["lanes"] = json(value.lanes);
+    object["current"] = json(value.current);
+    return object;
+}
+
+Json json(const Reply::Versions &value)
+{
+    Json object = reply("versions");
+    object["versions"] = json(value.versions);
+    return object;
+}
+
+Json json(const MergePlanResult &value)
+{
+    Json object = reply("merge_plan_result");
+    object["changes"] = json(value.changes);
+    object["picks"] = json(value.picks);
+    object["fallbacks"] = json(value.fallbacks);
+    object["clean"] = value.clean;
+    if (value.fingerprint) {
+        object["fingerprint"] = json(*value.fingerprint);
+    }
+    return object;
+}
+
+Json json(const PendingMergeState &value)
+{
+    Json object = reply("merge_pending_state");
+    if (value.from) {
+        object["from"] = json(*value.from);
+    }
+    if (value.into) {
+        object["into"] = json(*value.into);
+    }
+    object["conflicts"] = json(value.conflicts);
+    if (value.reason) {
+        object["reason"] = json(*value.reason);
+    }
+    return object;
+}
+
+Json json(const Reply::SongVersionRestored &value)
+{
+    Json object = reply("song_version_restored");
+    object["file"] = json(value.file);
+    object["name"] = json(value.name);
+    return object;
+}
+
+Json json(const Reply::SongRenamed &value)
+{
+    Json object = reply("song_renamed");
+    object["from"] = json(value.from);
+    object["to"] = json(value.to);
+    return object;
+}
+
+Json json(const Reply::ProjectRenamed &value)
+{
+    Json object = reply("project_renamed");
+    object["name"] = json(value.name);
+    return object;
+}
+
+Json json(const Reply::VariationDeleted &value)
+{
+    Json object = reply("variation_deleted");
+    object["file"] = json(value.file);
+    object["name"] = json(value.name);
+    return object;
+}
+
+Json json(const Reply::VariationRenamed &value)
+{
+    Json object = reply("variation_renamed");
+    object["file"] = json(value.file);
+    object["from"] = json(value.from);
+    object["to"] = json(value.to);
+    return object;
+}
+
+Json json(const Reply::SongDeleted &value)
+{
+    Json object = reply("song_deleted");
+    object["file"] = json(value.file);
+    return object;
+}
+
+Json json(const Reply::Error &value)
+{
+    Json object = reply("error");
+    object["message"] = json(value.message);
+    return object;
+}
+
+Json json(const Reply::Unknown &value)
+{
+    return {{"type", json(value.type)}};
+}
+
+Json json(const Reply::Ok &)
+{
+    return reply("ok");
+}
+
+Json json(const Event::SaveDetected &event)
+{
+    Json object{{"event", "save_detected"}, {"repo", json(event.repo)}};
+    if (event.path) {
+        object["path"] = json(*event.path);
+    }
+    object["commit"] = json(event.commit);
+    object["delta_count"] = event.deltaCount;
+    return object;
+}
+
+Json json(const Event::Error &event)
+{
+    return {{"event", "error"}, {"message", json(event.message)}};
+}
+
+Json json(const Event::Unknown &event)
+{
+    return {{"event", json(event.event)}};
+}
+
+QByteArray compact(const Json &object)
+{
+    return QByteArray::fromStdString(object.dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
+} // namespace
+
+QByteArray encodeReply(const IPCResponse &reply)
+{
+    return compact(std::visit([](const auto &value) { return json(value); }, reply));
+}
+
+QByteArray encodeEvent(const DaemonEvent &event)
+{
+    return compact(std::visit([](const auto &value) { return json(value); }, event));
+}
+
+QByteArray encodeRepo(const RepoStatus &repo)
+{
+    return compact(json(repo));
+}
+
+QByteArray encodeDiscovered(const DiscoveredProject &project)
+{
+    return compact(json(project));
+}
+
+QByteArray joinStatus(const QList<QByteArray> &repos, const QList<QByteArray> &discovered)
+{
+    return R"({"type":"status","repos":[)" + repos.join(',') + R"(],"discovered":[)" +
+           discovered.join(',') + "]}";
+}
+
+} // namespace ostra

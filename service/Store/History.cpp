@@ -1,0 +1,702 @@
+#include "Store/History.h"
+
+#include "Store/AtomicFile.h"
+#include "Store/Git.h"
+#include "Store/LooseBlob.h"
+#include "Store/RefName.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QMap>
+#include <QSet>
+
+#include <algorithm>
+#include <cstring>
+#include <nlohmann/json.hpp>
+
+namespace ostra {
+
+namespace {
+
+constexpr const char *kXmlEntry = "set.xml";
+constexpr const char *kContainerEntry = "container";
+constexpr const char *kFileEntry = "set.als";
+constexpr QByteArrayView kHashTrailer("File-Sha256: ");
+constexpr QByteArrayView kRestoresTrailer("Restores: ");
+const QByteArray kHeads = QByteArrayLiteral("refs/heads/song/");
+const QByteArray kTags = QByteArrayLiteral("refs/tags/song/");
+const QByteArray kAlbums = QByteArrayLiteral("refs/tags/album/");
+const QByteArray kTrash = QByteArrayLiteral("refs/trash/");
+
+const QString kNotRead = QStringLiteral("The history could not be read");
+const QString kNotWritten = QStringLiteral("The history could not be written");
+
+QByteArray headRef(const QString &file, const QString &variation)
+{
+    return kHeads + encodeRefComponent(file) + '/' + encodeRefComponent(variation);
+}
+
+QByteArray versionRef(const QString &file, const QString &name)
+{
+    return kTags + encodeRefComponent(file) + '/' + encodeRefComponent(name);
+}
+
+QByteArray trashPrefix(const QString &trashId)
+{
+    return kTrash + encodeRefComponent(trashId) + '/';
+}
+
+/// How a container is kept: two lines that a person can read too.
+QByteArray containerText(const Container &container)
+{
+    if (!container.isGzip()) {
+        return QByteArrayLiteral("plain\n");
+    }
+    return "gzip " + container.gzipHeader.toHex() + "\nmemory-level " +
+           QByteArray::number(container.memoryLevel) + '\n';
+}
+
+std::optional<Container> readContainer(QByteArrayView text)
+{
+    if (text == "plain\n") {
+        return Container{};
+    }
+    const QList<QByteArray> lines = text.toByteArray().split('\n');
+    if (lines.size() < 2 || !lines[0].startsWith("gzip ") ||
+        !lines[1].startsWith("memory-level ")) {
+        return std::nullopt;
+    }
+    return Container{QByteArray::fromHex(lines[0].sliced(5)), lines[1].sliced(13).toInt()};
+}
+
+/// A commit or tag message of ours: a text, and trailers after an empty line.
+struct Message {
+    QString text;
+    QByteArray fileHash;
+    std::optional<ObjectId> restores;
+};
+
+Message readMessage(const char *raw)
+{
+    const QByteArrayView whole(raw);
+    Message message;
+    const auto end = whole.indexOf("\n\n");
+    message.text = QString::fromUtf8(end < 0 ? whole : whole.first(end)).trimmed();
+    for (const QByteArray &line : whole.toByteArray().split('\n')) {
+        if (line.startsWith(kHashTrailer)) {
+            message.fileHash = line.sliced(kHashTrailer.size());
+        } else if (line.startsWith(kRestoresTrailer)) {
+            message.restores =
+                ObjectId::fromHex(QString::fromLatin1(line.sliced(kRestoresTrailer.size())));
+        }
+    }
+    return message;
+}
+
+QByteArray signature(qint64 time)
+{
+    return "Ostra <ostra@localhost> " + QByteArray::number(std::max<qint64>(time, 0)) + " +0000";
+}
+
+/// Names that only a writer which was killed can have left.
+void removeLeftovers(const QString &gitFolder)
+{
+    QDirIterator files(gitFolder, QDir::Files | QDir::Hidden | QDir::System,
+                       QDirIterator::Subdirectories);
+    QStringList leftovers;
+    while (files.hasNext()) {
+        files.next();
+        const QString name = files.fileName();
+        if (name.endsWith(QLatin1String(".lock")) || isTemporaryName(name) ||
+            name.startsWith(QLatin1String("tmp_obj_")) ||
+            name.startsWith(QLatin1String("pack_git2_")) ||
+            name.startsWith(QLatin1String("tmp_object_git2_"))) {
+            leftovers << files.filePath();
+        }
+    }
+    for (const QString &path : leftovers) {
+        QFile::remove(path);
+    }
+}
+
+nlohmann::ordered_json albumJson(const AlbumRecord &album)
+{
+    nlohmann::ordered_json json{{"name", album.name.toStdString()}, {"created", album.created}};
+    if (album.note) {
+        json["note"] = album.note->toStdString();
+    }
+    json["songs"] = nlohmann::ordered_json::array();
+    for (const AlbumEntry &song : album.songs) {
+        json["songs"].push_back({{"file", song.file.toStdString()},
+                                 {"variation", song.variation.toStdString()},
+                                 {"commit", song.commit.hex().toStdString()}});
+    }
+    return json;
+}
+
+std::optional<AlbumRecord> readAlbum(const char *message)
+{
+    const auto json = nlohmann::ordered_json::parse(message, nullptr, false);
+    const auto text = [](const nlohmann::ordered_json &object, const char *key) {
+        return QString::fromStdString(object.value(key, std::string()));
+    };
+    if (!json.is_object() || !json.contains("songs") || !json["songs"].is_array()) {
+        return std::nullopt;
+    }
+    AlbumRecord album{text(json, "name"), json.value("created", qint64(0)), std::nullopt, {}};
+    if (json.contains("note")) {
+        album.note = text(json, "note");
+    }
+    for (const auto &song : json["songs"]) {
+        const auto commit = ObjectId::fromHex(text(song, "commit"));
+        if (!commit) {
+            return std::nullopt;
+        }
+        album.songs.append({text(song, "file"), text(song, "variation"), *commit});
+    }
+    return album;
+}
+
+} // namespace
+
+SetImage readImage(QByteArray bytes)
+{
+    SetImage image{std::move(bytes), std::nullopt, std::nullopt};
+    auto unpacked = unpackSet(image.bytes);
+    if (!unpacked) {
+        return image;
+    }
+    const QByteArrayView xml(unpacked->xml);
+    const bool isSet = xml.first(std::min<qsizetype>(xml.size(), 4096)).contains("<Ableton") &&
+                       xml.last(std::min<qsizetype>(xml.size(), 64)).contains("</Ableton>");
+    if (!isSet) {
+        return image;
+    }
+    image.exact = exactContainer(image.bytes, *unpacked);
+    image.set = std::move(*unpacked);
+    return image;
+}
+
+struct History::Private {
+    QString folder;
+    GitRepository repository;
+    GitOdb odb;
+
+    Outcome<ObjectId> writeObject(QByteArrayView content, git_object_t type)
+    {
+        git_oid oid;
+        if (git_odb_write(&oid, odb.get(), content.data(), static_cast<size_t>(content.size()),
+                          type) != 0) {
+            return gitFailure(kNotWritten);
+        }
+        return fromGit(oid);
+    }
+
+    Outcome<ObjectId> writeXml(const SetImage &image)
+    {
+        const QByteArray &xml = image.set->xml;
+        if (!image.exact->isGzip()) {
+            return writeObject(xml, GIT_OBJECT_BLOB);
+        }
+        git_oid oid;
+        if (git_odb_hash(&oid, xml.constData(), static_cast<size_t>(xml.size()), GIT_OBJECT_BLOB) !=
+            0) {
+            return gitFailure(kNotWritten);
+        }
+        if (git_odb_exists(odb.get(), &oid) == 0) {
+            constexpr qsizetype kTrailer = 8; // checksum and size
+            const auto header = image.exact->gzipHeader.size();
+            const auto deflated = QByteArrayView(image.bytes).sliced(header).chopped(kTrailer);
+            const ObjectId id = fromGit(oid);
+            const auto written =
+                writeLooseBlob(folder + QStringLiteral("/objects"), id.hex(), xml, deflated);
+            if (!written) {
+                return tl::unexpected(written.error());
+            }
+        }
+        return fromGit(oid);
+    }
+
+    Outcome<ObjectId> writeTree(const QList<std::pair<QByteArray, ObjectId>> &entries)
+    {
+        QByteArray tree;
+        for (const auto &[name, id] : entries) { // sorted by name by the callers
+            tree += "100644 " + name + '\0';
+            tree.append(reinterpret_cast<const char *>(id.bytes.data()), 20);
+        }
+        return writeObject(tree, GIT_OBJECT_TREE);
+    }
+
+    Outcome<QByteArray> blob(const git_tree *tree, const char *entry) const
+    {
+        const git_tree_entry *found = git_tree_entry_byname(tree, entry);
+        if (!found) {
+            return failure(
+                QStringLiteral("A save in the history has no “%1”.").arg(QLatin1String(entry)));
+        }
+        git_odb_object *raw = nullptr;
+        if (git_odb_read(&raw, odb.get(), git_tree_entry_id(found)) != 0) {
+            return gitFailure(kNotRead);
+        }
+        const GitOdbObject object(raw);
+        return QByteArray(static_cast<const char *>(git_odb_object_data(raw)),
+                          static_cast<qsizetype>(git_odb_object_size(raw)));
+    }
+
+    Outcome<GitCommit> lookUp(const ObjectId &id) const
+    {
+        const git_oid oid = toGit(id);
+        git_commit *commit = nullptr;
+        if (git_commit_lookup(&commit, repository.get(), &oid) != 0) {
+            return gitFailure(kNotRead);
+        }
+        return GitCommit(commit);
+    }
+
+    Outcome<GitTree> treeOf(const ObjectId &commit) const
+    {
+        const auto found = lookUp(commit);
+        if (!found) {
+            return tl::unexpected(found.error());
+        }
+        git_tree *tree = nullptr;
+        if (git_commit_tree(&tree, found->get()) != 0) {
+            return gitFailure(kNotRead);
+        }
+        return GitTree(tree);
+    }
+
+    Outcome<void> setRef(const QByteArray &name, const ObjectId &target)
+    {
+        const git_oid oid = toGit(target);
+        git_reference *raw = nullptr;
+        const int status =
+            git_reference_create(&raw, repository.get(), name.constData(), &oid, 1, nullptr);
+        const GitReference reference(raw);
+        if (status != 0) {
+            return gitFailure(kNotWritten);
+        }
+        return {};
+    }
+
+    Outcome<void> removeRef(const QByteArray &name)
+    {
+        if (git_reference_remove(repository.get(), name.constData()) != 0) {
+            return gitFailure(kNotWritten);
+        }
+        return {};
+    }
+
+    /// Direct references below `prefix`, by what follows it.
+    QMap<QByteArray, ObjectId> refs(const QByteArray &prefix) const
+    {
+        QMap<QByteArray, ObjectId> found;
+        git_reference_iterator *raw = nullptr;
+        const QByteArray glob = prefix + '*';
+        if (git_reference_iterator_glob_new(&raw, repository.get(), glob.constData()) != 0) {
+            return found;
+        }
+        const GitReferenceIterator iterator(raw);
+        git_reference *next = nullptr;
+        while (git_reference_next(&next, iterator.get()) == 0) {
+            const GitReference reference(next);
+            if (const git_oid *target = git_reference_target(next)) {
+                const QByteArray name(git_reference_name(next));
+                found.insert(name.sliced(prefix.size()), fromGit(*target));
+            }
+        }
+        return found;
+    }
+
+    Outcome<void> moveRefs(const QByteArray &from, const QByteArray &to)
+    {
+        const auto moving = refs(from);
+        for (auto it = moving.begin(); it != moving.end(); ++it) {
+            if (const auto set = setRef(to + it.key(), it.value()); !set) {
+                return set;
+            }
+        }
+        for (auto it = moving.begin(); it != moving.end(); ++it) {
+            if (const auto removed = removeRef(from + it.key()); !removed) {
+                return removed;
+            }
+        }
+        return {};
+    }
+};
+
+History::History(std::unique_ptr<Private> d) : d(std::move(d)) {}
+History::History(History &&) noexcept = default;
+History &History::operator=(History &&) noexcept = default;
+History::~History() = default;
+
+Outcome<History> History::open(const QString &gitFolder)
+{
+    startGit();
+    auto d = std::make_unique<Private>();
+    d->folder = gitFolder;
+    git_repository *repository = nullptr;
+    if (git_repository_open_bare(&repository, QFile::encodeName(gitFolder).constData()) != 0) {
+        return gitFailure(kNotRead);
+    }
+    d->repository.reset(repository);
+    git_odb *odb = nullptr;
+    if (git_repository_odb(&odb, repository) != 0) {
+        return gitFailure(kNotRead);
+    }
+    d->odb.reset(odb);
+    return History(std::move(d));
+}
+
+Outcome<History> History::openForReading(const QString &gitFolder)
+{
+    return open(gitFolder);
+}
+
+Outcome<History> History::openForWriting(const QString &gitFolder)
+{
+    startGit();
+    // A killed first start leaves a folder without HEAD, which is made whole here.
+    if (!QFile::exists(gitFolder + QStringLiteral("/HEAD"))) {
+        git_repository_init_options options = GIT_REPOSITORY_INIT_OPTIONS_INIT;
+        options.flags = GIT_REPOSITORY_INIT_BARE | GIT_REPOSITORY_INIT_MKPATH;
+        options.initial_head = "main";
+        git_repository *repository = nullptr;
+        if (git_repository_init_ext(&repository, QFile::encodeName(gitFolder).constData(),
+                                    &options) != 0) {
+            return gitFailure(kNotWritten);
+        }
+        git_repository_free(repository);
+    }
+    removeLeftovers(gitFolder);
+    return open(gitFolder);
+}
+
+Outcome<ObjectId> History::store(const SetImage &image)
+{
+    if (!image.exact) {
+        return d->writeObject(image.bytes, GIT_OBJECT_BLOB).and_then([&](const ObjectId &blob) {
+            return d->writeTree({{kFileEntry, blob}});
+        });
+    }
+    const auto container = d->writeObject(containerText(*image.exact), GIT_OBJECT_BLOB);
+    const auto xml = container ? d->writeXml(image) : container;
+    if (!xml) {
+        return xml;
+    }
+    return d->writeTree({{kContainerEntry, *container}, {kXmlEntry, *xml}});
+}
+
+Outcome<ObjectId> History::commit(const CommitDraft &draft)
+{
+    QByteArray text = "tree " + draft.tree.hex().toLatin1() + '\n';
+    for (const ObjectId &parent : draft.parents) {
+        text += "parent " + parent.hex().toLatin1() + '\n';
+    }
+    text += "author " + signature(draft.time) + '\n';
+    text += "committer " + signature(draft.time) + '\n';
+    text += '\n' + draft.message.toUtf8().replace("\n\n", "\n") + '\n';
+    text += '\n' + kHashTrailer.toByteArray() + draft.fileHash + '\n';
+    if (draft.restores) {
+        text += kRestoresTrailer.toByteArray() + draft.restores->hex().toLatin1() + '\n';
+    }
+    return d->writeObject(text, GIT_OBJECT_COMMIT);
+}
+
+Outcome<CommitInfo> History::commitInfo(const ObjectId &id) const
+{
+    const auto commit = d->lookUp(id);
+    if (!commit) {
+        return tl::unexpected(commit.error());
+    }
+    const git_commit *raw = commit->get();
+    Message message = readMessage(git_commit_message_raw(raw));
+    CommitInfo info{id,
+                    fromGit(*git_commit_tree_id(raw)),
+                    {},
+                    git_commit_time(raw),
+                    std::move(message.text),
+                    std::move(message.fileHash),
+                    message.restores};
+    for (unsigned i = 0; i < git_commit_parentcount(raw); ++i) {
+        info.parents.append(fromGit(*git_commit_parent_id(raw, i)));
+    }
+    return info;
+}
+
+bool History::hasObject(const ObjectId &id) const
+{
+    const git_oid oid = toGit(id);
+    return git_odb_exists(d->odb.get(), &oid) != 0;
+}
+
+bool History::holds(const SetImage &image) const
+{
+    const QByteArray &content = image.exact ? image.set->xml : image.bytes;
+    git_oid oid;
+    return git_odb_hash(&oid, content.constData(), static_cast<size_t>(content.size()),
+                        GIT_OBJECT_BLOB) == 0 &&
+           git_odb_exists(d->odb.get(), &oid) != 0;
+}
+
+Outcome<RebuiltSet> History::rebuild(const ObjectId &id) const
+{
+    const auto commit = d->lookUp(id);
+    const auto tree = commit ? d->treeOf(id) : tl::unexpected(commit.error());
+    if (!tree) {
+        return tl::unexpected(tree.error());
+    }
+    Outcome<QByteArray> bytes;
+    if (git_tree_entry_byname(tree->get(), kFileEntry)) {
+        bytes = d->blob(tree->get(), kFileEntry);
+    } else {
+        const auto text = d->blob(tree->get(), kContainerEntry);
+        const auto container = text ? readContainer(*text) : std::nullopt;
+        if (!container) {
+            return failure(QStringLiteral("A save in the history cannot be rebuilt."));
+        }
+        bytes = d->blob(tree->get(), kXmlEntry).map([&](const QByteArray &xml) {
+            return packSet(xml, *container);
+        });
+    }
+    return bytes.map([&](QByteArray &file) {
+        const QByteArray hash = QCryptographicHash::hash(file, QCryptographicHash::Sha256).toHex();
+        const bool isExact = hash == readMessage(git_commit_message_raw(commit->get())).fileHash;
+        return RebuiltSet{std::move(file), isExact};
+    });
+}
+
+Outcome<QByteArray> History::xml(const ObjectId &commit) const
+{
+    const auto tree = d->treeOf(commit);
+    if (!tree) {
+        return tl::unexpected(tree.error());
+    }
+    if (!git_tree_entry_byname(tree->get(), kFileEntry)) {
+        return d->blob(tree->get(), kXmlEntry);
+    }
+    return d->blob(tree->get(), kFileEntry).and_then([](const QByteArray &file) {
+        return unpackSet(file)
+            .map([](UnpackedSet set) { return std::move(set.xml); })
+            .map_error([](const SetError &error) { return Failure{error.message}; });
+    });
+}
+
+QList<History::Head> History::heads() const
+{
+    QList<Head> found;
+    const auto refs = d->refs(kHeads);
+    for (auto it = refs.begin(); it != refs.end(); ++it) {
+        const auto slash = it.key().indexOf('/');
+        if (slash > 0) {
+            found.append({it.key().first(slash), it.key().sliced(slash + 1), it.value()});
+        }
+    }
+    return found;
+}
+
+Outcome<void> History::setHead(const QString &file, const QString &variation,
+                               const ObjectId &commit)
+{
+    return d->setRef(headRef(file, variation), commit);
+}
+
+Outcome<void> History::removeHead(const QString &file, const QString &variation)
+{
+    return d->removeRef(headRef(file, variation));
+}
+
+QList<History::SongVersions> History::versions() const
+{
+    QList<SongVersions> found;
+    const auto refs = d->refs(kTags);
+    for (auto it = refs.begin(); it != refs.end(); ++it) {
+        const QByteArray file = it.key().first(it.key().indexOf('/'));
+        const git_oid oid = toGit(it.value());
+        git_tag *raw = nullptr;
+        if (git_tag_lookup(&raw, d->repository.get(), &oid) != 0) {
+            continue; // a foreign tag
+        }
+        const GitTag tag(raw);
+        const git_signature *tagger = git_tag_tagger(raw);
+        if (found.isEmpty() || found.last().file != file) {
+            found.append({file, {}});
+        }
+        found.last().versions.append({QString::fromUtf8(git_tag_message(raw)).trimmed(),
+                                      fromGit(*git_tag_target_id(raw)),
+                                      tagger ? tagger->when.time : 0});
+    }
+    return found;
+}
+
+Outcome<void> History::setVersion(const QString &file, const VersionTag &version)
+{
+    const QByteArray text = "object " + version.commit.hex().toLatin1() + "\ntype commit\ntag " +
+                            encodeRefComponent(version.name) + "\ntagger " +
+                            signature(version.created) + "\n\n" + version.name.toUtf8() + '\n';
+    return d->writeObject(text, GIT_OBJECT_TAG).and_then([&](const ObjectId &tag) {
+        return d->setRef(versionRef(file, version.name), tag);
+    });
+}
+
+Outcome<void> History::removeVersion(const QString &file, const QString &name)
+{
+    return d->removeRef(versionRef(file, name));
+}
+
+QList<AlbumRecord> History::albums() const
+{
+    QList<AlbumRecord> found;
+    for (const ObjectId &id : d->refs(kAlbums)) {
+        if (const auto commit = d->lookUp(id)) {
+            if (auto album = readAlbum(git_commit_message_raw(commit->get()))) {
+                found.append(std::move(*album));
+            }
+        }
+    }
+    return found;
+}
+
+Outcome<void> History::setAlbum(const AlbumRecord &album)
+{
+    const auto tree = d->writeTree({});
+    if (!tree) {
+        return tl::unexpected(tree.error());
+    }
+    QByteArray text = "tree " + tree->hex().toLatin1() + '\n';
+    QSet<ObjectId> parents;
+    for (const AlbumEntry &song : album.songs) {
+        if (!parents.contains(song.commit)) {
+            parents.insert(song.commit);
+            text += "parent " + song.commit.hex().toLatin1() + '\n';
+        }
+    }
+    text += "author " + signature(album.created) + "\ncommitter " + signature(album.created) +
+            "\n\n" + QByteArray::fromStdString(albumJson(album).dump()) + '\n';
+    return d->writeObject(text, GIT_OBJECT_COMMIT).and_then([&](const ObjectId &commit) {
+        return d->setRef(kAlbums + encodeRefComponent(album.name), commit);
+    });
+}
+
+Outcome<void> History::removeAlbum(const QString &name)
+{
+    return d->removeRef(kAlbums + encodeRefComponent(name));
+}
+
+Outcome<void> History::renameSong(const QString &from, const QString &to)
+{
+    const QByteArray source = encodeRefComponent(from) + '/';
+    const QByteArray target = encodeRefComponent(to) + '/';
+    return d->moveRefs(kHeads + source, kHeads + target).and_then([&] {
+        return d->moveRefs(kTags + source, kTags + target);
+    });
+}
+
+Outcome<void> History::moveToTrash(const QString &file, const std::optional<QString> &variation,
+                                   const QString &trashId)
+{
+    const QByteArray trash = trashPrefix(trashId);
+    const QByteArray song = encodeRefComponent(file) + '/';
+    if (!variation) {
+        return d->moveRefs(kHeads + song, trash + "heads/").and_then([&] {
+            return d->moveRefs(kTags + song, trash + "tags/");
+        });
+    }
+    const QByteArray head = headRef(file, *variation);
+    const auto refs = d->refs(kHeads + song);
+    const auto commit = refs.constFind(encodeRefComponent(*variation));
+    if (commit == refs.constEnd()) {
+        return {};
+    }
+    return d->setRef(trash + "heads/" + encodeRefComponent(*variation), *commit).and_then([&] {
+        return d->removeRef(head);
+    });
+}
+
+Outcome<void> History::restoreFromTrash(const QString &file, const QString &trashId)
+{
+    const QByteArray trash = trashPrefix(trashId);
+    const QByteArray song = encodeRefComponent(file) + '/';
+    return d->moveRefs(trash + "heads/", kHeads + song).and_then([&] {
+        return d->moveRefs(trash + "tags/", kTags + song);
+    });
+}
+
+Outcome<void> History::dropTrash(const QString &trashId)
+{
+    const QByteArray trash = trashPrefix(trashId);
+    const auto refs = d->refs(trash);
+    for (auto it = refs.begin(); it != refs.end(); ++it) {
+        if (const auto removed = d->removeRef(trash + it.key()); !removed) {
+            return removed;
+        }
+    }
+    return {};
+}
+
+QList<History::Head> History::trashedHeads(const QString &trashId) const
+{
+    QList<Head> found;
+    const auto refs = d->refs(trashPrefix(trashId) + "heads/");
+    for (auto it = refs.begin(); it != refs.end(); ++it) {
+        found.append({{}, it.key(), it.value()});
+    }
+    return found;
+}
+
+Outcome<QList<ObjectId>> History::everyCommit() const
+{
+    QList<ObjectId> pending;
+    const auto refs = d->refs(QByteArrayLiteral("refs/"));
+    for (const ObjectId &id : refs) {
+        git_object *object = nullptr;
+        git_object *commit = nullptr;
+        const git_oid oid = toGit(id);
+        if (git_object_lookup(&object, d->repository.get(), &oid, GIT_OBJECT_ANY) != 0) {
+            return gitFailure(kNotRead);
+        }
+        const int status = git_object_peel(&commit, object, GIT_OBJECT_COMMIT);
+        git_object_free(object);
+        if (status != 0) {
+            return gitFailure(kNotRead);
+        }
+        pending.append(fromGit(*git_object_id(commit)));
+        git_object_free(commit);
+    }
+    QSet<ObjectId> seen;
+    QList<ObjectId> commits;
+    while (!pending.isEmpty()) {
+        const ObjectId id = pending.takeLast();
+        if (seen.contains(id)) {
+            continue;
+        }
+        seen.insert(id);
+        commits.append(id);
+        const auto info = commitInfo(id);
+        if (!info) {
+            return tl::unexpected(info.error());
+        }
+        pending.append(info->parents);
+    }
+    return commits;
+}
+
+qint64 History::sizeOnDisk() const
+{
+    qint64 size = 0;
+    QDirIterator files(d->folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        files.next();
+        size += files.fileInfo().size();
+    }
+    return size;
+}
+
+const QString &History::folder() const
+{
+    return d->folder;
+}
+
+} // namespace ostra

@@ -1,0 +1,174 @@
+#include "Store/ProjectFile.h"
+
+#include "Store/AtomicFile.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+namespace ostra {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int kFormat = 1;
+
+std::string text(const QString &value)
+{
+    return value.toStdString();
+}
+
+Json texts(const QStringList &values)
+{
+    Json list = Json::array();
+    for (const QString &value : values) {
+        list.push_back(text(value));
+    }
+    return list;
+}
+
+QString readText(const Json &object, const char *key)
+{
+    const auto found = object.find(key);
+    return found != object.end() && found->is_string()
+               ? QString::fromStdString(found->get_ref<const std::string &>())
+               : QString();
+}
+
+qint64 readNumber(const Json &object, const char *key)
+{
+    const auto found = object.find(key);
+    return found != object.end() && found->is_number_integer() ? found->get<qint64>() : 0;
+}
+
+QStringList readTexts(const Json &object, const char *key)
+{
+    QStringList values;
+    if (const auto found = object.find(key); found != object.end() && found->is_array()) {
+        for (const Json &value : *found) {
+            if (value.is_string()) {
+                values << QString::fromStdString(value.get_ref<const std::string &>());
+            }
+        }
+    }
+    return values;
+}
+
+template <typename Read>
+void forEachObject(const Json &object, const char *key, Read read)
+{
+    if (const auto found = object.find(key); found != object.end() && found->is_array()) {
+        for (const Json &element : *found) {
+            if (element.is_object()) {
+                read(element);
+            }
+        }
+    }
+}
+
+Json write(const ProjectFile &project)
+{
+    Json json{{"format", kFormat},
+              {"id", text(project.id)},
+              {"name", text(project.name)},
+              {"created_at", project.createdAt},
+              {"songs", Json::array()}};
+    for (const SongEntry &song : project.songs) {
+        json["songs"].push_back({{"file", text(song.file)},
+                                 {"current", text(song.current)},
+                                 {"variations", texts(song.variations)}});
+    }
+    for (const TrashEntry &entry : project.trash) {
+        Json item{{"id", text(entry.id)},
+                  {"deleted_at", entry.deletedAt},
+                  {"file", text(entry.file)},
+                  {"current", text(entry.current)},
+                  {"variations", texts(entry.variations)}};
+        if (entry.variation) {
+            item["variation"] = text(*entry.variation);
+        }
+        item["done"] = entry.done;
+        json["trash"].push_back(std::move(item));
+    }
+    for (const PendingRewrite &rewrite : project.rewrites) {
+        json["rewrites"].push_back({{"file", text(rewrite.file)},
+                                    {"variation", text(rewrite.variation)},
+                                    {"commit", text(rewrite.commit.hex())}});
+    }
+    if (project.rename) {
+        json["rename"] = {{"from", text(project.rename->from)}, {"to", text(project.rename->to)}};
+        if (project.rename->song) {
+            json["rename"]["song"] = text(*project.rename->song);
+        }
+    }
+    return json;
+}
+
+ProjectFile read(const Json &json)
+{
+    ProjectFile project;
+    project.id = readText(json, "id");
+    project.name = readText(json, "name");
+    project.createdAt = readNumber(json, "created_at");
+    forEachObject(json, "songs", [&](const Json &song) {
+        project.songs.append(
+            {readText(song, "file"), readText(song, "current"), readTexts(song, "variations")});
+    });
+    forEachObject(json, "trash", [&](const Json &item) {
+        TrashEntry entry{readText(item, "id"),
+                         readNumber(item, "deleted_at"),
+                         readText(item, "file"),
+                         readText(item, "current"),
+                         readTexts(item, "variations"),
+                         std::nullopt,
+                         false};
+        if (item.contains("variation")) {
+            entry.variation = readText(item, "variation");
+        }
+        entry.done = item.value("done", true);
+        project.trash.append(std::move(entry));
+    });
+    forEachObject(json, "rewrites", [&](const Json &item) {
+        if (const auto commit = ObjectId::fromHex(readText(item, "commit"))) {
+            project.rewrites.append({readText(item, "file"), readText(item, "variation"), *commit});
+        }
+    });
+    if (const auto rename = json.find("rename"); rename != json.end() && rename->is_object()) {
+        project.rename =
+            PendingRename{readText(*rename, "from"), readText(*rename, "to"), std::nullopt};
+        if (rename->contains("song")) {
+            project.rename->song = readText(*rename, "song");
+        }
+    }
+    return project;
+}
+
+} // namespace
+
+SongEntry *ProjectFile::song(const QString &file)
+{
+    const auto found = std::ranges::find(songs, file, &SongEntry::file);
+    return found == songs.end() ? nullptr : &*found;
+}
+
+std::optional<ProjectFile> ProjectFile::load(const QString &path)
+{
+    const auto content = readWholeFile(path);
+    if (!content) {
+        return std::nullopt;
+    }
+    const Json json = Json::parse(content->begin(), content->end(), nullptr, false);
+    if (!json.is_object() || readText(json, "id").isEmpty()) {
+        return std::nullopt;
+    }
+    return read(json);
+}
+
+Outcome<void> ProjectFile::save(const QString &path) const
+{
+    const std::string json =
+        write(*this).dump(1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+    return replaceFile(path, QByteArrayView(json.data(), static_cast<qsizetype>(json.size())));
+}
+
+} // namespace ostra
