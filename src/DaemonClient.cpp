@@ -4,21 +4,14 @@
 #include "EventChannel.h"
 
 #include <QDir>
+#include <QThread>
 
 #include <csignal>
+#include <future>
 
 namespace ostra {
 
 namespace {
-
-/// Writing to a service that has gone is an error to handle, not a reason to end.
-void blockSigpipe()
-{
-    sigset_t brokenPipe;
-    sigemptyset(&brokenPipe);
-    sigaddset(&brokenPipe, SIGPIPE);
-    pthread_sigmask(SIG_BLOCK, &brokenPipe, nullptr);
-}
 
 DaemonClient::Error mergeError(const IPCResponse &reply)
 {
@@ -30,6 +23,30 @@ DaemonClient::Error mergeError(const IPCResponse &reply)
 }
 
 } // namespace
+
+class DaemonClient::Thread final : public QThread {
+public:
+    void waitForEnd()
+    {
+        m_ended.get_future().wait();
+        wait();
+    }
+
+protected:
+    void run() override
+    {
+        // Writing to a service that has gone is an error to handle, not a reason to end.
+        sigset_t brokenPipe;
+        sigemptyset(&brokenPipe);
+        sigaddset(&brokenPipe, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &brokenPipe, nullptr);
+        exec();
+        m_ended.set_value();
+    }
+
+private:
+    std::promise<void> m_ended;
+};
 
 QString DaemonClient::description(const Error &error)
 {
@@ -53,34 +70,29 @@ QString DaemonClient::description(const Error &error)
 
 DaemonClient::DaemonClient(Scheduler &scheduler, std::optional<QString> socketPath)
     : m_context(std::make_unique<Context>(
-          scheduler, socketPath.value_or(QDir::homePath() + QStringLiteral("/.ostra/daemon.sock"))))
+          scheduler,
+          socketPath.value_or(QDir::homePath() + QStringLiteral("/.ostra/daemon.sock")))),
+      m_thread(std::make_unique<Thread>())
 {
-    m_thread.setObjectName(QStringLiteral("ostra-client"));
-    m_context->moveToThread(&m_thread);
-    post([] { blockSigpipe(); });
-    m_thread.start();
+    m_thread->setObjectName(QStringLiteral("ostra-client"));
+    m_context->moveToThread(m_thread.get());
+    m_thread->start();
 }
 
 DaemonClient::~DaemonClient()
 {
     m_context->announceStop();
-    post([this] {
+    m_context->post([this] {
         m_context->stop();
-        m_thread.quit();
+        m_thread->quit();
     });
-    m_thread.wait();
-}
-
-template <typename Work>
-void DaemonClient::post(Work work)
-{
-    QMetaObject::invokeMethod(m_context.get(), std::move(work), Qt::QueuedConnection);
+    m_thread->waitForEnd();
 }
 
 QCoro::Task<bool> DaemonClient::connect()
 {
     const auto outcome = Handoff<bool>::make();
-    post([context = m_context.get(), attempt = m_context->announceAttempt(), outcome] {
+    m_context->post([context = m_context.get(), attempt = m_context->announceAttempt(), outcome] {
         Handoff<bool>::resolve(outcome, context->connect(attempt));
     });
     co_return co_await outcome->value();
@@ -93,15 +105,16 @@ bool DaemonClient::isConnected() const
 
 void DaemonClient::setOnStateChange(std::function<void(bool)> onStateChange)
 {
-    post([context = m_context.get(), onStateChange = std::move(onStateChange)]() mutable {
-        context->setOnStateChange(std::move(onStateChange));
-    });
+    m_context->post(
+        [context = m_context.get(), onStateChange = std::move(onStateChange)]() mutable {
+            context->setOnStateChange(std::move(onStateChange));
+        });
 }
 
 QCoro::Task<DaemonClient::Result<IPCResponse>> DaemonClient::send(IPCCommand command)
 {
     const Context::Waiter waiter = Context::Waiter::element_type::make();
-    post([context = m_context.get(), command = std::move(command), waiter] {
+    m_context->post([context = m_context.get(), command = std::move(command), waiter] {
         context->send(command, waiter);
     });
     co_return co_await waiter->value();
@@ -110,7 +123,7 @@ QCoro::Task<DaemonClient::Result<IPCResponse>> DaemonClient::send(IPCCommand com
 EventStream DaemonClient::eventStream()
 {
     auto channel = std::make_shared<EventStream::Channel>();
-    post([context = m_context.get(), channel] { context->setEventChannel(channel); });
+    m_context->post([context = m_context.get(), channel] { context->setEventChannel(channel); });
     return EventStream(std::move(channel));
 }
 

@@ -5,7 +5,6 @@
 #include "Models/Response.h"
 
 #include <QCoroTask>
-#include <QThread>
 
 #include <functional>
 #include <memory>
@@ -70,13 +69,10 @@ public:
 
 private:
     class Context;
-
-    /// Runs `work` on the client's thread, after everything posted before.
-    template <typename Work>
-    void post(Work work);
+    class Thread;
 
     const std::unique_ptr<Context> m_context;
-    QThread m_thread;
+    const std::unique_ptr<Thread> m_thread;
 };
 
 } // namespace ostra

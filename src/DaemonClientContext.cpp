@@ -25,8 +25,6 @@ DaemonClient::Result<IPCResponse> failure(DaemonClient::ClientError error)
 DaemonClient::Context::Context(Scheduler &scheduler, QString socketPath)
     : m_scheduler(scheduler), m_socketPath(std::move(socketPath))
 {
-    m_readQueue.setMaxThreadCount(1);
-    m_readQueue.setExpiryTimeout(-1);
 }
 
 bool DaemonClient::Context::connect(quint64 attempt)
@@ -48,7 +46,7 @@ bool DaemonClient::Context::connect(quint64 attempt)
 
 void DaemonClient::Context::startReading(const Socket &socket)
 {
-    m_readQueue.start([this, socket] { readUntilTheEnd(socket); });
+    m_reader = std::thread([this, socket] { readUntilTheEnd(socket); });
 }
 
 void DaemonClient::Context::readUntilTheEnd(const Socket &socket)
@@ -59,15 +57,11 @@ void DaemonClient::Context::readUntilTheEnd(const Socket &socket)
         if (count <= 0) {
             break;
         }
-        QMetaObject::invokeMethod(
-            this,
-            [this, socket, chunk = QByteArray(buffer.data(), count)] {
-                handleChunk(chunk, socket);
-            },
-            Qt::QueuedConnection);
+        post([this, socket, chunk = QByteArray(buffer.data(), count)] {
+            handleChunk(chunk, socket);
+        });
     }
-    QMetaObject::invokeMethod(
-        this, [this, socket] { handleDisconnect(socket); }, Qt::QueuedConnection);
+    post([this, socket] { handleDisconnect(socket); });
 }
 
 void DaemonClient::Context::handleChunk(const QByteArray &chunk, const Socket &from)
@@ -100,9 +94,9 @@ void DaemonClient::Context::routeLine(QByteArrayView text)
     Request request = std::move(m_pending.front());
     m_pending.pop_front();
     if (Decoded<IPCResponse> response = line.response()) {
-        Answer::resolve(std::move(request.waiter), std::move(*response));
+        Answer::resolve(request.waiter, std::move(*response));
     } else {
-        Answer::resolve(std::move(request.waiter), tl::unexpected<Error>(response.error()));
+        Answer::resolve(request.waiter, tl::unexpected<Error>(response.error()));
     }
 }
 
@@ -110,7 +104,7 @@ void DaemonClient::Context::send(const IPCCommand &command, Waiter waiter)
 {
     const Socket socket = m_socket;
     if (!socket) {
-        Answer::resolve(std::move(waiter), failure(ClientError::notConnected));
+        Answer::resolve(waiter, failure(ClientError::notConnected));
         return;
     }
     // Waiting before the first byte is written, so that a write which the service holds up is
@@ -123,7 +117,7 @@ void DaemonClient::Context::send(const IPCCommand &command, Waiter waiter)
     if (socket == m_socket) {
         Request request = std::move(m_pending.back());
         m_pending.pop_back();
-        Answer::resolve(std::move(request.waiter), failure(ClientError::disconnected));
+        Answer::resolve(request.waiter, failure(ClientError::disconnected));
     }
 }
 
@@ -147,7 +141,7 @@ bool DaemonClient::Context::timeOutOldest()
     }
     Request request = std::move(m_pending.front());
     m_pending.pop_front();
-    Answer::resolve(std::move(request.waiter), failure(ClientError::timeout));
+    Answer::resolve(request.waiter, failure(ClientError::timeout));
     handleDisconnect(m_socket);
     return true;
 }
@@ -171,6 +165,7 @@ void DaemonClient::Context::tearDown()
     m_connected = false;
     if (const Socket socket = std::exchange(m_socket, nullptr)) {
         socket->shutDown();
+        m_reader.join();
     }
     failPendingAndReset();
 }
@@ -178,7 +173,7 @@ void DaemonClient::Context::tearDown()
 void DaemonClient::Context::failPendingAndReset()
 {
     for (Request &request : std::exchange(m_pending, {})) {
-        Answer::resolve(std::move(request.waiter), failure(ClientError::disconnected));
+        Answer::resolve(request.waiter, failure(ClientError::disconnected));
     }
     m_timer.reset();
     if (const auto events = std::exchange(m_events, nullptr)) {

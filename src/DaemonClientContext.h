@@ -3,13 +3,14 @@
 #include "DaemonClient.h"
 #include "Handoff.h"
 #include "LineSplitter.h"
+#include "Mailbox.h"
 #include "Platform/Scheduler.h"
 
 #include <QObject>
-#include <QThreadPool>
 
 #include <atomic>
 #include <deque>
+#include <thread>
 
 namespace ostra {
 
@@ -18,14 +19,14 @@ class UnixSocket;
 /// The client's serial context. Lives on the client's thread, and everything that is not said to
 /// be for any thread happens there, one thing at a time. Owned by the client.
 class DaemonClient::Context final : public QObject {
-    Q_OBJECT
-
 public:
     using Waiter = Handoff<Result<IPCResponse>>::Ptr;
 
     Context(Scheduler &scheduler, QString socketPath);
 
     // Any thread.
+    /// Does it on the context's thread, after everything posted before.
+    void post(Mailbox::Work work) { m_mailbox.post(std::move(work)); }
     bool isConnected() const { return m_connected; }
     /// Announces a connect(): one that is still held up gives way to it.
     quint64 announceAttempt() { return ++m_attempts; }
@@ -36,6 +37,7 @@ public:
     void send(const IPCCommand &command, Waiter waiter);
     void setEventChannel(std::shared_ptr<EventStream::Channel> channel);
     void setOnStateChange(std::function<void(bool)> onStateChange);
+    /// Ends the connection and everything that waits. Nothing may be called any more.
     void stop();
 
 private:
@@ -71,7 +73,8 @@ private:
     std::atomic<quint64> m_attempts = 0;
     std::atomic<bool> m_connected = false;
     std::atomic<bool> m_stopping = false;
-    QThreadPool m_readQueue; ///< one thread; destroyed first, when no read can be running any more
+    std::thread m_reader; ///< of the last connection; ends soon after its socket is shut down
+    Mailbox m_mailbox{this};
 };
 
 } // namespace ostra

@@ -3,9 +3,8 @@
 #include "EventStream.h"
 #include "Handoff.h"
 
-#include <QMutex>
-
 #include <deque>
+#include <mutex>
 
 namespace ostra {
 
@@ -27,7 +26,7 @@ public:
 private:
     void wake();
 
-    QMutex m_mutex;
+    std::mutex m_mutex;
     std::deque<DaemonEvent> m_events;
     bool m_finished = false;
     Waiter m_waiter;

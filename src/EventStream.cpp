@@ -4,7 +4,7 @@ namespace ostra {
 
 void EventStream::Channel::deliver(DaemonEvent event)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     if (!m_finished) {
         m_events.push_back(std::move(event));
         wake();
@@ -13,14 +13,14 @@ void EventStream::Channel::deliver(DaemonEvent event)
 
 void EventStream::Channel::finish()
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_finished = true;
     wake();
 }
 
 void EventStream::Channel::close()
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_finished = true;
     m_events.clear();
     wake();
@@ -28,7 +28,7 @@ void EventStream::Channel::close()
 
 std::optional<EventStream::Channel::Next> EventStream::Channel::takeOrWait(const Waiter &waiter)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     if (!m_events.empty()) {
         Next event = std::move(m_events.front());
         m_events.pop_front();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QObject>
 
 #include <atomic>
@@ -14,20 +16,18 @@ namespace ostra {
 /// which must run an event loop; resolved once, on any thread. What is resolved first resumes
 /// first, and never before the event loop has been reached.
 template <typename T>
-class Handoff {
+class Handoff final : public QObject {
 public:
     using Ptr = std::shared_ptr<Handoff>;
 
     static Ptr make() { return std::make_shared<Handoff>(); }
 
-    static void resolve(Ptr handoff, T value)
+    static void resolve(const Ptr &handoff, T value)
     {
         handoff->m_value.emplace(std::move(value));
+        handoff->m_self = handoff;
         handoff->m_resolved.store(true, std::memory_order_release);
-        QObject *receiver = &handoff->m_receiver;
-        QMetaObject::invokeMethod(
-            receiver, [handoff = std::move(handoff)] { handoff->m_waiting.resume(); },
-            Qt::QueuedConnection);
+        QCoreApplication::postEvent(handoff.get(), new QEvent(QEvent::User));
     }
 
     /// To be awaited once.
@@ -37,24 +37,28 @@ public:
             Handoff &handoff;
             bool await_ready() const noexcept { return false; }
             void await_suspend(std::coroutine_handle<> waiting) { handoff.m_waiting = waiting; }
-            T await_resume() { return handoff.take(); }
+            T await_resume() { return std::move(*handoff.m_value); }
         };
         return Awaiter{*this};
     }
 
-private:
-    T take()
+protected:
+    bool event(QEvent *event) override
     {
-        // The event queue has put the two threads in order; this says so to tools that cannot
-        // look into it.
-        [[maybe_unused]] const bool resolved = m_resolved.load(std::memory_order_acquire);
-        Q_ASSERT(resolved);
-        return std::move(*m_value);
+        // The event queue has put the two threads in order already; the flag says so to tools that
+        // cannot look into it.
+        if (event->type() != QEvent::User || !m_resolved.load(std::memory_order_acquire)) {
+            return QObject::event(event);
+        }
+        const Ptr self = std::move(m_self);
+        m_waiting.resume();
+        return true;
     }
 
-    QObject m_receiver;
+private:
     std::coroutine_handle<> m_waiting;
     std::optional<T> m_value;
+    Ptr m_self; ///< keeps it alive while the event is on its way
     std::atomic<bool> m_resolved = false;
 };
 

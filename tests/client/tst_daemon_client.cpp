@@ -1,4 +1,9 @@
 #include "ClientFixture.h"
+#include "Mailbox.h"
+
+#include <QThread>
+
+#include <future>
 
 using namespace ostra;
 using namespace Qt::StringLiterals;
@@ -294,21 +299,18 @@ private slots:
     {
         QVERIFY(connect());
         QThread other;
-        QObject context;
-        context.moveToThread(&other);
+        Mailbox there;
+        there.moveToThread(&other);
+        std::promise<QThread *> resumedOn;
+        there.post([&] {
+            client->send(command("ok")).then([&resumedOn](const Answered &) {
+                resumedOn.set_value(QThread::currentThread());
+            });
+        });
         other.start();
-        QThread *resumedOn = nullptr;
-        QMetaObject::invokeMethod(
-            &context,
-            [this, &resumedOn, &other] {
-                client->send(command("ok")).then([&](const Answered &) {
-                    resumedOn = QThread::currentThread();
-                    other.quit();
-                });
-            },
-            Qt::QueuedConnection);
-        QVERIFY(other.wait(20'000));
-        QCOMPARE(resumedOn, &other);
+        QCOMPARE(resumedOn.get_future().get(), &other);
+        other.quit();
+        QVERIFY(other.wait());
     }
 };
 

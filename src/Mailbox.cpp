@@ -1,0 +1,34 @@
+#include "Mailbox.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+
+namespace ostra {
+
+void Mailbox::post(Work work)
+{
+    const std::lock_guard lock(m_mutex);
+    m_work.push_back(std::move(work));
+    if (m_work.size() == 1) {
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    }
+}
+
+bool Mailbox::event(QEvent *event)
+{
+    if (event->type() != QEvent::User) {
+        return QObject::event(event);
+    }
+    std::vector<Work> work;
+    {
+        const std::lock_guard lock(m_mutex);
+        work.swap(m_work);
+    }
+    for (Work &item : work) {
+        item();
+        item = nullptr; // with everything that it holds, before the next begins
+    }
+    return true;
+}
+
+} // namespace ostra

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QObject>
+
+#include <functional>
+#include <mutex>
+#include <vector>
+
+namespace ostra {
+
+/// Work for the thread that it lives on, from any thread, done in the order of posting. What comes
+/// while its thread is busy costs one wake-up together.
+class Mailbox final : public QObject {
+    Q_OBJECT
+
+public:
+    using Work = std::function<void()>;
+
+    using QObject::QObject;
+
+    void post(Work work);
+
+protected:
+    bool event(QEvent *event) override;
+
+private:
+    std::mutex m_mutex;
+    std::vector<Work> m_work;
+};
+
+} // namespace ostra
