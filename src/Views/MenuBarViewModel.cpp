@@ -56,9 +56,9 @@ void MenuBarViewModel::setDaemon(DaemonState *daemon)
     emit footerTextChanged();
 }
 
-void MenuBarViewModel::setFolderChooser(FolderChooser *chooser)
+void MenuBarViewModel::setFolderChooser(FolderChooser *chooser, quintptr parentWindow)
 {
-    m_folderPicker->setChooser(chooser);
+    m_folderPicker->setChooser(chooser, parentWindow);
 }
 
 void MenuBarViewModel::setShown(bool shown)

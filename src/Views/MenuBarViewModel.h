@@ -66,8 +66,9 @@ public:
     DaemonState *daemon() const;
     /// Once, before anything else.
     void setDaemon(DaemonState *daemon);
-    /// Outlives this object; without one, folders are typed.
-    void setFolderChooser(FolderChooser *chooser);
+    /// `chooser` outlives this object; without one, folders are typed. `parentWindow` is what its
+    /// dialog stands over.
+    void setFolderChooser(FolderChooser *chooser, quintptr parentWindow = 0);
 
     bool isShown() const { return m_shown; }
     void setShown(bool shown);

@@ -33,10 +33,13 @@ public:
     explicit WatchFolderPickerModel(QObject *parent);
 
     void setDaemon(DaemonState *daemon);
-    /// Outlives this object; without one the field is used.
-    void setChooser(FolderChooser *chooser) { m_chooser = chooser; }
-    /// The native window that the platform's dialog belongs to.
-    void setParentWindow(quintptr window) { m_parentWindow = window; }
+    /// `chooser` outlives this object; without one the field is used. Its dialog stands over
+    /// `parentWindow`.
+    void setChooser(FolderChooser *chooser, quintptr parentWindow)
+    {
+        m_chooser = chooser;
+        m_parentWindow = parentWindow;
+    }
 
     bool isPresented() const { return m_isPresented; }
     void setPresented(bool presented);
