@@ -225,16 +225,15 @@ private:
 
     void comparePlace()
     {
-        if (m_before.place != m_after.place ||
-            std::abs(m_before.clip.start - m_after.clip.start) > 1e-6) {
-            const bool isTrim = std::abs(m_before.clip.end - m_after.clip.end) < 1e-6;
-            if (isTrim && before().attribute("Time")) {
-                return; // its beginning was trimmed: told as a length
-            }
-            say(QStringLiteral("clip %1 moved from %2 to %3")
-                    .arg(m_after.clip.name.isEmpty() ? QString() : m_title, m_before.place,
-                         m_after.place)
-                    .replace(QStringLiteral("  "), QStringLiteral(" ")),
+        const bool isShifted = std::abs(m_before.clip.start - m_after.clip.start) > 1e-6;
+        const bool endsThere = std::abs(m_before.clip.end - m_after.clip.end) < 1e-6;
+        if (isShifted && endsThere) {
+            return; // its beginning was trimmed: told as a length
+        }
+        if (isShifted || m_before.place != m_after.place) {
+            const auto name = m_after.clip.name.isEmpty() ? QString() : u' ' + m_title;
+            say(QStringLiteral("clip%1 moved from %2 to %3")
+                    .arg(name, m_before.place, m_after.place),
                 QStringLiteral("%1 clips moved in %2"));
         }
     }

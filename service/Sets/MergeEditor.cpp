@@ -32,7 +32,7 @@ void MergeEditor::adopt(const std::vector<xml_node> &taken, const std::vector<xm
                 return;
             }
             m_newPointees.insert(id);
-            const bool isFree = !m_states.intoPointees.contains(id);
+            const bool isFree = !m_states.intoPointees.contains(id) || m_lostPointees.contains(id);
             const auto number = isFree ? id : freshPointee();
             m_pointees.insert(id, number);
             if (!isFree) {
@@ -48,7 +48,7 @@ void MergeEditor::addTrack(const Track &fromTrack)
     m_addedTracks.push_back(&fromTrack);
     const auto taken = [&] {
         for (const auto &track : m_states.into.model().tracks) {
-            if (track.isInList() && track.id == fromTrack.id) {
+            if (track.isInList() && track.id == fromTrack.id && !m_removedTracks.contains(&track)) {
                 return true;
             }
         }
@@ -196,14 +196,28 @@ void MergeEditor::replace(xml_node intoPart, xml_node fromPart)
     m_into.replace(intoPart, take(fromPart, intoPart.attribute("Id").value()));
 }
 
-QByteArray MergeEditor::freeId(xml_node intoList, const QByteArray &wish)
+QSet<QByteArray> &MergeEditor::idsOf(xml_node intoList)
 {
+    const bool isNew = !m_listIds.contains(intoList.internal_object());
     auto &ids = m_listIds[intoList.internal_object()];
-    if (ids.isEmpty()) {
+    if (isNew) {
         for (const auto child : intoList.children()) {
             ids.insert(child.attribute("Id").value());
         }
     }
+    return ids;
+}
+
+void MergeEditor::releaseIds(xml_node intoList, const std::vector<xml_node> &children)
+{
+    for (const auto child : children) {
+        idsOf(intoList).remove(child.attribute("Id").value());
+    }
+}
+
+QByteArray MergeEditor::freeId(xml_node intoList, const QByteArray &wish)
+{
+    auto &ids = idsOf(intoList);
     QByteArray id = wish;
     if (ids.contains(id)) {
         qint64 largest = 0;

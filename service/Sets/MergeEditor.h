@@ -40,6 +40,8 @@ public:
     void replace(pugi::xml_node intoPart, pugi::xml_node fromPart);
     /// A number that no child of the list bears.
     QByteArray freeId(pugi::xml_node intoList, const QByteArray &wish);
+    /// Makes the numbers of children that go away free again.
+    void releaseIds(pugi::xml_node intoList, const std::vector<pugi::xml_node> &children);
     void addGroove(const QByteArray &fromId);
 
     // Step 3.
@@ -48,6 +50,7 @@ public:
     const QStringList &skipped() const { return m_skipped; }
 
 private:
+    QSet<QByteArray> &idsOf(pugi::xml_node intoList);
     struct Placed {
         const Track *track = nullptr;
         bool isFrom = false;

@@ -569,6 +569,7 @@ void Planner::planGap(const Trio &trio, const Gap &gap)
     proposal.taken = gap.from;
     proposal.replaced = gap.into;
     proposal.edit = [gap, list = trio.into.deviceList](MergeEditor &editor) {
+        editor.releaseIds(list, gap.into);
         SetWriter::Items items;
         for (const auto device : gap.from) {
             items.push_back(
@@ -764,6 +765,7 @@ void Planner::planCluster(const Trio &trio, const std::vector<ClipItem> &items)
     proposal.track = track;
     proposal.edit = [taken, replaced = proposal.replaced,
                      list = trio.into.eventList](MergeEditor &editor) {
+        editor.releaseIds(list, replaced);
         auto &all = editor.into().list(list);
         std::erase_if(all, [&](const auto &item) {
             return item.node && std::ranges::find(replaced, item.node) != replaced.end();
@@ -1128,10 +1130,17 @@ std::vector<Proposal> planProposals(const ThreeWay &states)
 MergedText mergeProposals(const ThreeWay &states, const std::vector<const Proposal *> &chosen)
 {
     MergeEditor editor(states);
-    for (const auto *const proposal : chosen) {
-        if (proposal->declare) {
-            proposal->declare(editor);
+    const auto declare = [&](bool removals) {
+        for (const auto *const proposal : chosen) {
+            if (proposal->declare &&
+                (proposal->deltaClass == QLatin1String("removal")) == removals) {
+                proposal->declare(editor);
+            }
         }
+    };
+    declare(true); // Live gives the number of a removed track to the next new one
+    declare(false);
+    for (const auto *const proposal : chosen) {
         editor.adopt(proposal->taken, proposal->replaced);
     }
     for (const auto *const proposal : chosen) {

@@ -166,7 +166,7 @@ Unit unitOf(xml_node parameter)
     };
     if (says("Gain") || says("Volume") || name == "Send" || says("Level") || says("Threshold")) {
         // A linear gain has a small positive bound below; one in dB reaches below zero.
-        if (low >= 0 && low <= 0.01 && high > 1 && high <= 16) {
+        if ((low > 0 || high > 1) && low >= 0 && low <= 0.01 && high <= 16) {
             return Unit::Gain;
         }
         if (low < 0 && high - low > 5) {

@@ -1,0 +1,882 @@
+#include "Music.h"
+#include "Sets/Set.h"
+#include "Sets/SetDiff.h"
+#include "Sets/SetMerge.h"
+#include "SetSketch.h"
+
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <algorithm>
+#include <functional>
+
+using namespace ostra;
+
+namespace {
+
+using Random = QRandomGenerator;
+using Edit = std::function<void(SetSketch &)>;
+
+MergeInputs inputs(const QByteArray &base, const QByteArray &into, const QByteArray &from)
+{
+    return {base, into, from, QStringLiteral("Song.als")};
+}
+
+MergeInputs inputs(const SetSketch &base, const SetSketch &into, const SetSketch &from)
+{
+    return inputs(base.file(), into.file(), from.file());
+}
+
+/// Approves everything that a plan offers, and takes one side for all picks.
+MergeDecisions everything(const MergePlanResult &plan, const char *side = "from")
+{
+    MergeDecisions decisions;
+    decisions.fingerprint = plan.fingerprint;
+    for (const auto &change : plan.changes) {
+        decisions.approvedIds.append(change.id);
+    }
+    for (const auto &pick : plan.picks) {
+        decisions.picks.append({pick.keyId, QString::fromLatin1(side)});
+    }
+    return decisions;
+}
+
+QStringList summaries(const MergePlanResult &plan)
+{
+    QStringList texts;
+    for (const auto &change : plan.changes) {
+        texts.append((change.autoApproved ? QStringLiteral("auto: ") : QStringLiteral("tick: ")) +
+                     change.summary);
+    }
+    for (const auto &pick : plan.picks) {
+        texts.append(QStringLiteral("pick: %1 | %2 | %3")
+                         .arg(pick.keySummary, pick.fromSummary, pick.intoSummary));
+    }
+    for (const auto &fallback : plan.fallbacks) {
+        texts.append(QStringLiteral("fallback: ") + fallback.regionSummary);
+    }
+    return texts;
+}
+
+QStringList differences(const QByteArray &before, const QByteArray &after)
+{
+    QStringList texts;
+    const auto a = readSet(before);
+    const auto b = readSet(after);
+    if (!a || !b) {
+        return {QStringLiteral("unreadable")};
+    }
+    for (const auto &line : diffSets(*a, *b)) {
+        texts.append(line.text);
+    }
+    return texts;
+}
+
+QByteArray music(const QByteArray &file)
+{
+    const auto set = readSet(file);
+    return set ? musicOf(*set) : QByteArray("unreadable");
+}
+
+QStringList violations(const QByteArray &file)
+{
+    const auto set = readSet(file);
+    return set ? validateSet(*set) : QStringList{QStringLiteral("unreadable")};
+}
+
+int below(Random &random, qsizetype bound)
+{
+    return static_cast<int>(random.bounded(static_cast<int>(bound)));
+}
+
+/// One edit inside a track.
+void editTrack(SetSketch &set, SetSketch::Track &track, Random &random)
+{
+    const bool holdsClips = !track.session.isEmpty();
+    switch (random.bounded(12)) {
+    case 0:
+        track.volume.value = QByteArray::number(random.bounded(1.0));
+        break;
+    case 1:
+        track.color += 1 + random.bounded(5);
+        break;
+    case 2:
+        track.active.value = track.active.value == "true" ? "false" : "true";
+        break;
+    case 3:
+        set.addDevice(track, random.bounded(2) != 0 ? "Reverb" : "Eq8");
+        break;
+    case 4:
+        if (!track.devices.isEmpty()) {
+            const auto gone = track.devices.takeAt(below(random, track.devices.size()));
+            for (const auto &[name, parameter] : gone.parameters) {
+                track.envelopes.erase(parameter.target);
+            }
+        }
+        break;
+    case 5:
+        if (!track.devices.isEmpty()) {
+            auto &device = track.devices[below(random, track.devices.size())];
+            device.parameters["Cutoff"].value = QByteArray::number(random.bounded(127));
+        }
+        break;
+    case 6:
+        if (!track.devices.isEmpty()) {
+            auto &device = track.devices[below(random, track.devices.size())];
+            track.envelopes[device.parameters["Resonance"].target] = {1, random.bounded(100.0)};
+        }
+        break;
+    case 7:
+        if (holdsClips) {
+            set.addClip(track, 200 + 20 * random.bounded(20) + random.bounded(8), 4,
+                        QStringLiteral("New %1").arg(random.bounded(99)));
+            auto &clips = track.arrangement; // no two clips overlap in what Live writes
+            for (qsizetype i = 1; i < clips.size();) {
+                if (clips[i].start < clips[i - 1].start + clips[i - 1].length) {
+                    clips.removeAt(i);
+                } else {
+                    ++i;
+                }
+            }
+        }
+        break;
+    case 8:
+        if (!track.arrangement.isEmpty()) {
+            track.arrangement.removeAt(below(random, track.arrangement.size()));
+        }
+        break;
+    case 9:
+        if (!track.arrangement.isEmpty()) {
+            track.arrangement[below(random, track.arrangement.size())].color +=
+                1 + random.bounded(5);
+        }
+        break;
+    case 10:
+        if (holdsClips) {
+            const auto scene = below(random, track.session.size());
+            if (track.session[scene] && random.bounded(3) == 0) {
+                track.session[scene].reset();
+            } else {
+                track.gridClip(scene).notes.append(
+                    {90 + random.bounded(9), 40 + random.bounded(30), random.bounded(4.0), 1, 100});
+            }
+        }
+        break;
+    default:
+        track.envelopes[track.volume.target] = {0.5, random.bounded(1.0)};
+        break;
+    }
+}
+
+/// One edit of the set as a whole.
+void editSet(SetSketch &set, Random &random)
+{
+    const auto listed =
+        std::ranges::count_if(set.tracks, [](const auto &t) { return t.tag != "ReturnTrack"; });
+    switch (random.bounded(9)) {
+    case 0:
+        set.tempo = 60 + random.bounded(100);
+        break;
+    case 1:
+        set.addTrack(QStringLiteral("Track %1").arg(random.bounded(999)),
+                     random.bounded(2) != 0 ? "MidiTrack" : "AudioTrack",
+                     random.bounded(static_cast<int>(listed) + 1));
+        break;
+    case 2:
+        if (listed > 1) {
+            set.removeTrack(below(random, listed));
+        }
+        break;
+    case 3:
+        if (listed > 1) {
+            set.tracks.move(below(random, listed), below(random, listed));
+        }
+        break;
+    case 4:
+        set.addScene(QStringLiteral("Scene %1").arg(random.bounded(999)),
+                     below(random, set.scenes.size() + 1));
+        break;
+    case 5:
+        if (set.scenes.size() > 1) {
+            set.removeScene(below(random, set.scenes.size()));
+        }
+        break;
+    case 6:
+        set.addReturn(QStringLiteral("Return %1").arg(random.bounded(999)));
+        break;
+    case 7:
+        set.addLocator(random.bounded(400), QStringLiteral("Mark %1").arg(random.bounded(99)));
+        break;
+    default:
+        if (!set.locators.isEmpty()) {
+            set.locators.removeAt(below(random, set.locators.size()));
+        }
+        break;
+    }
+    // Ungrouped sets only: groups have tests of their own.
+}
+
+void editAnything(SetSketch &set, Random &random, int times)
+{
+    for (int i = 0; i < times; ++i) {
+        if (random.bounded(3) == 0) {
+            editSet(set, random);
+        } else {
+            editTrack(set, set.tracks[below(random, set.tracks.size())], random);
+        }
+    }
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Edit)
+
+class TestSetMerge : public QObject {
+    Q_OBJECT
+
+private slots:
+    void plansWordEveryKindOfChange_data();
+    void plansWordEveryKindOfChange();
+    void collisionsArePicksWithBothStates_data();
+    void collisionsArePicksWithBothStates();
+
+    void bothSidesMayAddATrackWithTheSameNumbers();
+    void aTakenTrackBringsItsRoutingsGroovesAndEnvelopes();
+    void anAddedReturnGivesEveryTrackASend();
+    void anAddedSceneGivesEveryTrackASlot();
+    void aGroupComesWithItsMembers();
+    void groupingExistingTracksIsOneTick();
+    void overlappingClipsAreTakenOrLeftTogether();
+    void automationOfARemovedDeviceIsAPick();
+    void theTempoIsSetInBothPlaces();
+    void aLinuxEditFitsIntoWindowsLineEnds();
+
+    void mergingWithItselfOrItsAncestorChangesNothing();
+    void takingNothingGivesBackTheVeryBytes();
+    void takingAllOfADescendantGivesItsMusic();
+    void disjointEditsMergeTheSameEitherWay();
+    void anyChoiceOfAnyPlanIsSound();
+    void realSavesMergeSoundly();
+
+    void differentVersionsOfLiveAreAFallback();
+    void aHandEditedFileIsAFallback();
+    void wholeFilesAreTakenByteForByte();
+    void aStalePlanIsRejected();
+    void anUnknownSideIsRejected();
+    void openPicksStayAsConflicts();
+    void aPlanIsTheSameWheneverItIsMade();
+};
+
+void TestSetMerge::plansWordEveryKindOfChange_data()
+{
+    QTest::addColumn<Edit>("edit");
+    QTest::addColumn<QString>("summary");
+    const auto row = [](const char *name, const char *summary, const Edit &edit) {
+        QTest::newRow(name) << edit << QString::fromUtf8(summary);
+    };
+    const auto bass = [](SetSketch &s) -> SetSketch::Track & {
+        return *s.track(QStringLiteral("Bass"));
+    };
+    row("tempo", "tick: Tempo 120 → 124 bpm", [](SetSketch &s) { s.tempo = 124; });
+    row("track", "auto: Added MIDI track “Pads”",
+        [](SetSketch &s) { s.addTrack(QStringLiteral("Pads")); });
+    row("removed track", "tick: Removed MIDI track “Bass”", [](SetSketch &s) { s.removeTrack(1); });
+    row("order", "tick: Moved or grouped “Bass”, “Drums”",
+        [](SetSketch &s) { s.tracks.move(0, 1); });
+    row("volume", "tick: Bass: volume 0.0 dB → −6.0 dB",
+        [=](SetSketch &s) { bass(s).volume.value = "0.501187234"; });
+    row("send", "tick: Bass: send to A-Reverb −∞ dB → 0.0 dB",
+        [=](SetSketch &s) { bass(s).sends[0].value = "1"; });
+    row("device", "auto: Bass: added Reverb",
+        [=](SetSketch &s) { s.addDevice(bass(s), "Reverb"); });
+    row("knob", "tick: Bass: Auto Filter, Cutoff 64 → 1",
+        [=](SetSketch &s) { bass(s).devices[1].parameters["Cutoff"].value = "1"; });
+    row("clip", "auto: Bass: added clip “Outro” at bar 33",
+        [=](SetSketch &s) { s.addClip(bass(s), 128, 4, QStringLiteral("Outro")); });
+    row("removed clip", "tick: Bass: removed clip “Verse” at bar 5",
+        [=](SetSketch &s) { bass(s).arrangement.removeAt(1); });
+    row("moved clip", "tick: Bass: clip “Chorus” moved from bar 17 to bar 25",
+        [=](SetSketch &s) { bass(s).arrangement[2].start = 96; });
+    row("session clip", "auto: Bass: added clip “Fill” in scene 3",
+        [=](SetSketch &s) { bass(s).gridClip(2).name = QStringLiteral("Fill"); });
+    row("notes", "tick: Bass: 1 note added in “Beat 2”", [=](SetSketch &s) {
+        bass(s).gridClip(1).notes.append({9, 70, 3, 1, 100});
+    });
+    row("automation", "auto: Bass: automation of Volume added", [=](SetSketch &s) {
+        bass(s).envelopes[bass(s).volume.target] = {0.5, 1};
+    });
+    row("scene", "auto: Added scene “Bridge”",
+        [](SetSketch &s) { s.addScene(QStringLiteral("Bridge"), 2); });
+    row("removed scene", "tick: Removed scene “Chorus”", [](SetSketch &s) { s.removeScene(2); });
+    row("renamed scene", "tick: Scene “Verse” “Verse” → “Strophe”",
+        [](SetSketch &s) { s.scenes[1] = QStringLiteral("Strophe"); });
+    row("locator", "auto: Added locator “Drop” at bar 9",
+        [](SetSketch &s) { s.addLocator(32, QStringLiteral("Drop")); });
+    row("removed locator", "tick: Removed locator “Chorus” at bar 17",
+        [](SetSketch &s) { s.locators.removeAt(1); });
+    row("groove", "auto: Added groove “MPC”",
+        [](SetSketch &s) { s.grooves[1] = QStringLiteral("MPC"); });
+}
+
+void TestSetMerge::plansWordEveryKindOfChange()
+{
+    QFETCH(const Edit, edit);
+    QFETCH(const QString, summary);
+    const auto base = SetSketch::song();
+    auto from = base;
+    edit(from);
+    auto into = base;
+    into.track(QStringLiteral("Vox"))->volume.value = "0.5"; // so that it is no mere ancestor
+    const auto plan = planMerge(inputs(base, into, from));
+    QCOMPARE(summaries(plan), QStringList{summary});
+    const auto merged = applyMerge(inputs(base, into, from), everything(plan));
+    QVERIFY2(merged, qPrintable(merged ? QString() : merged.error().message));
+    QCOMPARE(violations(merged->file), QStringList());
+    QCOMPARE(differences(into.file(), merged->file), differences(base.file(), from.file()));
+    QCOMPARE(differences(from.file(), merged->file), differences(base.file(), into.file()));
+}
+
+void TestSetMerge::collisionsArePicksWithBothStates_data()
+{
+    QTest::addColumn<Edit>("intoEdit");
+    QTest::addColumn<Edit>("fromEdit");
+    QTest::addColumn<QString>("pick");
+    const auto row = [](const char *name, const char *pick, const Edit &into, const Edit &from) {
+        QTest::newRow(name) << into << from << QString::fromUtf8(pick);
+    };
+    const auto bass = [](SetSketch &s) -> SetSketch::Track & {
+        return *s.track(QStringLiteral("Bass"));
+    };
+    row(
+        "tempo", "pick: Tempo | 124 bpm | 90 bpm", [](SetSketch &s) { s.tempo = 90; },
+        [](SetSketch &s) { s.tempo = 124; });
+    row(
+        "volume", "pick: Bass: volume | −6.0 dB | −12.0 dB",
+        [=](SetSketch &s) { bass(s).volume.value = "0.2511886432"; },
+        [=](SetSketch &s) { bass(s).volume.value = "0.501187234"; });
+    row(
+        "edited and removed track", "pick: MIDI track “Bass” | removed | muted",
+        [=](SetSketch &s) { bass(s).active.value = "false"; },
+        [](SetSketch &s) { s.removeTrack(1); });
+    row(
+        "removed and edited track", "pick: MIDI track “Bass” | muted | removed",
+        [](SetSketch &s) { s.removeTrack(1); },
+        [=](SetSketch &s) { bass(s).active.value = "false"; });
+    row(
+        "device", "pick: Bass: Auto Filter | Cutoff 64 → 2 | Cutoff 64 → 1",
+        [=](SetSketch &s) { bass(s).devices[1].parameters["Cutoff"].value = "1"; },
+        [=](SetSketch &s) { bass(s).devices[1].parameters["Cutoff"].value = "2"; });
+    row(
+        "two new devices at one place", "pick: Bass: devices | Reverb | EQ Eight",
+        [=](SetSketch &s) { s.addDevice(bass(s), "Eq8"); },
+        [=](SetSketch &s) { s.addDevice(bass(s), "Reverb"); });
+    row(
+        "one place of the session",
+        "pick: Bass: clip in scene 3 | added clip “B” in scene 3 | added clip “A” in scene 3",
+        [=](SetSketch &s) { bass(s).gridClip(2).name = QStringLiteral("A"); },
+        [=](SetSketch &s) { bass(s).gridClip(2).name = QStringLiteral("B"); });
+    row(
+        "overlapping new clips",
+        "pick: Bass: clips at bar 33 | added clip “B” at bar 33.3 | added clip “A” at bar 33",
+        [=](SetSketch &s) { s.addClip(bass(s), 128, 4, QStringLiteral("A")); },
+        [=](SetSketch &s) { s.addClip(bass(s), 130, 4, QStringLiteral("B")); });
+    row(
+        "automation", "pick: Bass: automation of Volume | 2 points | 3 points",
+        [=](SetSketch &s) {
+            bass(s).envelopes[bass(s).volume.target] = {1, 2, 3};
+        },
+        [=](SetSketch &s) {
+            bass(s).envelopes[bass(s).volume.target] = {1, 2};
+        });
+    row(
+        "locator", "pick: Locator “Chorus” | “Chorus” at bar 18 | removed",
+        [](SetSketch &s) { s.locators.removeAt(1); },
+        [](SetSketch &s) { s.locators[1].time = 68; });
+    row(
+        "scene", "pick: scene “A” | “B” | “A”",
+        [](SetSketch &s) { s.scenes[1] = QStringLiteral("A"); },
+        [](SetSketch &s) { s.scenes[1] = QStringLiteral("B"); });
+}
+
+void TestSetMerge::collisionsArePicksWithBothStates()
+{
+    QFETCH(const Edit, intoEdit);
+    QFETCH(const Edit, fromEdit);
+    QFETCH(const QString, pick);
+    const auto base = SetSketch::song();
+    auto into = base;
+    intoEdit(into);
+    auto from = base;
+    fromEdit(from);
+    const auto all = inputs(base, into, from);
+    const auto plan = planMerge(all);
+    QCOMPARE(summaries(plan), QStringList{pick});
+    QVERIFY(!plan.clean);
+    const auto taken = applyMerge(all, everything(plan, "from"));
+    QVERIFY2(taken, qPrintable(taken ? QString() : taken.error().message));
+    QCOMPARE(music(taken->file), music(from.file()));
+    QCOMPARE(violations(taken->file), QStringList());
+    const auto kept = applyMerge(all, everything(plan, "into"));
+    QVERIFY(kept);
+    QVERIFY(kept->file == into.file());
+}
+
+void TestSetMerge::bothSidesMayAddATrackWithTheSameNumbers()
+{
+    const auto base = SetSketch::song();
+    auto into = base;
+    into.addTrack(QStringLiteral("Strings"));
+    auto from = base;
+    const auto pads = from.addTrack(QStringLiteral("Pads"));
+    from.addDevice(from.tracks[pads], "Operator");
+    from.tracks[pads].envelopes[from.tracks[pads].devices[0].parameters["Cutoff"].target] = {1, 2};
+    QCOMPARE(into.tracks[pads].id, from.tracks[pads].id);
+    QCOMPARE(into.tracks[pads].volume.target, from.tracks[pads].volume.target);
+    const auto plan = planMerge(inputs(base, into, from));
+    QVERIFY(plan.clean);
+    const auto merged = applyMerge(inputs(base, into, from), everything(plan));
+    QVERIFY2(merged, qPrintable(merged ? QString() : merged.error().message));
+    QCOMPARE(violations(merged->file), QStringList());
+    QCOMPARE(differences(into.file(), merged->file),
+             QStringList{QStringLiteral("Added MIDI track “Pads”")});
+    const auto other =
+        applyMerge(inputs(base, from, into), everything(planMerge(inputs(base, from, into))));
+    QVERIFY(other);
+    QCOMPARE(music(other->file), music(merged->file));
+}
+
+void TestSetMerge::aTakenTrackBringsItsRoutingsGroovesAndEnvelopes()
+{
+    const auto base = SetSketch::song();
+    auto into = base;
+    into.addTrack(QStringLiteral("Strings"));
+    into.grooves[1] = QStringLiteral("Shuffle");
+    auto from = base;
+    const auto bus = from.addTrack(QStringLiteral("Bus"), "AudioTrack");
+    const auto pads = from.addTrack(QStringLiteral("Pads"));
+    from.tracks[pads].output =
+        "AudioOut/Track." + QByteArray::number(from.tracks[bus].id) + "/TrackIn";
+    from.grooves[1] = QStringLiteral("MPC");
+    from.addClip(from.tracks[pads], 0, 8, QStringLiteral("Chords"));
+    from.tracks[pads].arrangement[0].groove = 1;
+    from.tracks[pads].arrangement[0].envelopes[from.tracks[pads].volume.target] = {0.5, 1};
+    const auto merged =
+        applyMerge(inputs(base, into, from), everything(planMerge(inputs(base, into, from))));
+    QVERIFY2(merged, qPrintable(merged ? QString() : merged.error().message));
+    QCOMPARE(violations(merged->file), QStringList());
+    const auto text = music(merged->file);
+    QVERIFY(text.contains("AudioOut/Track.Bus/TrackIn"));
+    QVERIFY(text.contains("<GrooveId MPC>"));
+    QVERIFY(text.contains("Shuffle"));
+    QVERIFY(text.contains("<PointeeId Pads/DeviceChain0/Mixer0/Volume0/AutomationTarget0>"));
+}
+
+void TestSetMerge::anAddedReturnGivesEveryTrackASend()
+{
+    const auto base = SetSketch::song();
+    auto into = base;
+    into.addTrack(QStringLiteral("Strings"));
+    into.addReturn(QStringLiteral("B-Chorus"));
+    auto from = base;
+    from.addReturn(QStringLiteral("B-Delay"));
+    from.track(QStringLiteral("Bass"))->sends[1].value = "0.501187234";
+    const auto merged =
+        applyMerge(inputs(base, into, from), everything(planMerge(inputs(base, into, from))));
+    QVERIFY2(merged, qPrintable(merged ? QString() : merged.error().message));
+    QCOMPARE(violations(merged->file), QStringList());
+    QVERIFY(music(merged->file).contains("B-Delay"));
+    const auto added = differences(into.file(), merged->file);
+    QCOMPARE(added, QStringList{QStringLiteral("Added return track “B-Delay”")});
+    // Bass came along with its send, the track that never had one is silent there.
+    const auto text = readSet(merged->file)->xml();
+    QCOMPARE(text.count("<Manual Value=\"0.501187234\" />"), 1);
+}
+
+void TestSetMerge::anAddedSceneGivesEveryTrackASlot()
+{
+    const auto base = SetSketch::song();
+    auto into = base;
+    into.addTrack(QStringLiteral("Strings"));
+    into.addScene(QStringLiteral("Outro"), 4);
+    auto from = base;
+    from.addScene(QStringLiteral("Bridge"), 1);
+    from.track(QStringLiteral("Bass"))->gridClip(1).name = QStringLiteral("Bridge bass");
+    const auto merged =
+        applyMerge(inputs(base, into, from), everything(planMerge(inputs(base, into, from))));
+    QVERIFY2(merged, qPrintable(merged ? QString() : merged.error().message));
+    QCOMPARE(violations(merged->file), QStringList());
+    QCOMPARE(differences(into.file(), merged->file),
+             (QStringList{QStringLiteral("Bass: added clip “Bridge bass” in scene 2"),
+                          QStringLiteral("Added scene “Bridge”")}));
+}
+
+void TestSetMerge::aGroupComesWithItsMembers()
+{
+    const auto base = SetSketch::song();
+    auto into = base;
+    into.addTrack(QStringLiteral("Strings"));
+    auto from = base;
+    const auto group = from.addTrack(QStringLiteral("Choir"), "GroupTrack");
+    for (const auto &name : {QStringLiteral("Alto"), QStringLiteral("Bass voice")}) {
+        const auto member = from.addTrack(name, "AudioTrack");
+        from.tracks[member].group = from.tracks[group].id;
+    }
+    const auto merged =
+        applyMerge(inputs(base, into, from), everything(planMerge(inputs(base, into, from))));
+    QVERIFY2(merged, qPrintable(merged ? QString() : merged.error().message));
+    QCOMPARE(violations(merged->file), QStringList());
+    QCOMPARE(music(merged->file).count("<TrackGroupId Choir>"), 2);
+}
+
+void TestSetMerge::groupingExistingTracksIsOneTick()
+{
+    const auto base = SetSketch::song();
+    auto into = base;
+    into.tempo = 90;
+    auto from = base;
+    const auto group = from.addTrack(QStringLiteral("Rhythm"), "GroupTrack", 0);
+    from.tracks[1].group = from.tracks[group].id;
+    from.tracks[2].group = from.tracks[group].id;
+    const auto plan = planMerge(inputs(base, into, from));
+    QCOMPARE(summaries(plan),
+             QStringList{QStringLiteral("tick: Moved or grouped “Drums”, “Bass”")});
+    const auto merged = applyMerge(inputs(base, into, from), everything(plan));
+    QVERIFY2(merged, qPrintable(merged ? QString() : merged.error().message));
+    QCOMPARE(violations(merged->file), QStringList());
+    QCOMPARE(differences(from.file(), merged->file),
+             QStringList{QStringLiteral("Tempo 120 → 90 bpm")});
+}
+
+void TestSetMerge::overlappingClipsAreTakenOrLeftTogether()
+{
+    // A split in "from": the old clip goes, two come. Left alone nothing of it may come.
+    const auto base = SetSketch::song();
+    auto into = base;
+    into.tempo = 90;
+    auto from = base;
+    auto &bass = *from.track(QStringLiteral("Bass"));
+    bass.arrangement.removeAt(1);
+    from.addClip(bass, 16, 8, QStringLiteral("Verse a"));
+    from.addClip(bass, 24, 8, QStringLiteral("Verse b"));
+    const auto plan = planMerge(inputs(base, into, from));
+    QCOMPARE(plan.changes.size(), 1);
+    QVERIFY(!plan.changes.first().autoApproved);
+    const auto merged = applyMerge(inputs(base, into, from), everything(plan));
+    QVERIFY(merged);
+    QCOMPARE(differences(from.file(), merged->file),
+             QStringList{QStringLiteral("Tempo 120 → 90 bpm")});
+}
+
+void TestSetMerge::automationOfARemovedDeviceIsAPick()
+{
+    const auto base = SetSketch::song();
+    auto into = base;
+    auto &track = *into.track(QStringLiteral("Bass"));
+    track.envelopes[track.devices[0].parameters["Resonance"].target] = {1, 2, 3};
+    auto from = base;
+    auto &other = *from.track(QStringLiteral("Bass"));
+    other.envelopes.clear();
+    other.devices.removeFirst();
+    const auto plan = planMerge(inputs(base, into, from));
+    QCOMPARE(plan.picks.size(), 1);
+    QCOMPARE(plan.picks.first().keySummary, QStringLiteral("Bass: devices"));
+    const auto merged = applyMerge(inputs(base, into, from), everything(plan));
+    QVERIFY2(merged, qPrintable(merged ? QString() : merged.error().message));
+    QCOMPARE(violations(merged->file), QStringList());
+    QCOMPARE(music(merged->file), music(from.file()));
+}
+
+void TestSetMerge::theTempoIsSetInBothPlaces()
+{
+    const auto base = SetSketch::song();
+    auto into = base;
+    into.addTrack(QStringLiteral("Strings"));
+    auto from = base;
+    from.tempo = 133.25;
+    const auto merged =
+        applyMerge(inputs(base, into, from), everything(planMerge(inputs(base, into, from))));
+    QVERIFY(merged);
+    const auto xml = readSet(merged->file)->xml();
+    QVERIFY(xml.contains("<Manual Value=\"133.25\" />"));
+    QVERIFY(xml.contains("Time=\"-63072000\" Value=\"133.25\""));
+    QVERIFY(!xml.contains("Value=\"120\" />\n\t\t\t\t\t\t<MidiControllerRange"));
+}
+
+void TestSetMerge::aLinuxEditFitsIntoWindowsLineEnds()
+{
+    auto base = SetSketch::song();
+    auto into = base;
+    into.newline = "\r\n";
+    into.tempo = 90;
+    auto from = base;
+    from.addTrack(QStringLiteral("Pads"));
+    from.addScene(QStringLiteral("Bridge"), 1);
+    const auto merged =
+        applyMerge(inputs(base, into, from), everything(planMerge(inputs(base, into, from))));
+    QVERIFY(merged);
+    const auto xml = readSet(merged->file)->xml();
+    QCOMPARE(xml.count('\n'), xml.count("\r\n"));
+}
+
+void TestSetMerge::mergingWithItselfOrItsAncestorChangesNothing()
+{
+    Random random(1);
+    for (int round = 0; round < 20; ++round) {
+        const auto base = SetSketch::song();
+        auto edited = base;
+        editAnything(edited, random, 8);
+        for (const auto &all :
+             {inputs(base, edited, edited), inputs(base, edited, base), inputs(base, base, base)}) {
+            const auto plan = planMerge(all);
+            QCOMPARE(summaries(plan), QStringList());
+            QVERIFY(plan.clean);
+            const auto merged = applyMerge(all, everything(plan));
+            QVERIFY(merged);
+            QVERIFY(merged->file == all.into);
+        }
+    }
+}
+
+void TestSetMerge::takingNothingGivesBackTheVeryBytes()
+{
+    Random random(2);
+    for (int round = 0; round < 40; ++round) {
+        const auto base = SetSketch::song();
+        auto into = base;
+        auto from = base;
+        editAnything(into, random, 6);
+        editAnything(from, random, 6);
+        const auto all = inputs(base, into, from);
+        auto decisions = everything(planMerge(all), "into");
+        decisions.approvedIds.clear();
+        const auto merged = applyMerge(all, decisions);
+        QVERIFY(merged);
+        QVERIFY(merged->file == all.into);
+        QVERIFY(merged->result.conflicts.isEmpty());
+    }
+}
+
+void TestSetMerge::takingAllOfADescendantGivesItsMusic()
+{
+    Random random(3);
+    for (int round = 0; round < 60; ++round) {
+        const auto base = SetSketch::song();
+        auto from = base;
+        editAnything(from, random, 1 + random.bounded(10));
+        const auto all = inputs(base, base, from);
+        const auto plan = planMerge(all);
+        const auto merged = applyMerge(all, everything(plan));
+        QVERIFY2(merged, qPrintable(merged ? QString() : merged.error().message));
+        QCOMPARE(plan.picks.size(), 0);
+        if (music(merged->file) != music(from.file())) {
+            qInfo() << "round" << round << summaries(plan)
+                    << differences(from.file(), merged->file);
+        }
+        QCOMPARE(music(merged->file), music(from.file()));
+    }
+}
+
+void TestSetMerge::disjointEditsMergeTheSameEitherWay()
+{
+    Random random(4);
+    for (int round = 0; round < 60; ++round) {
+        const auto base = SetSketch::song();
+        auto left = base;
+        auto right = base;
+        for (int i = 0; i < 5; ++i) {
+            editTrack(left, *left.track(QStringLiteral("Drums")), random);
+            editTrack(right, *right.track(QStringLiteral("Bass")), random);
+        }
+        left.tempo = 99;
+        left.addScene(QStringLiteral("Left"), 4);
+        left.addTrack(QStringLiteral("Left"), "MidiTrack", 1);
+        right.addTrack(QStringLiteral("Right"), "AudioTrack", below(random, 4));
+        right.addReturn(QStringLiteral("Right"));
+        right.addLocator(12, QStringLiteral("Right"));
+        const auto there = inputs(base, left, right);
+        const auto back = inputs(base, right, left);
+        const auto merged = applyMerge(there, everything(planMerge(there)));
+        const auto mirrored = applyMerge(back, everything(planMerge(back)));
+        QVERIFY2(merged, qPrintable(merged ? QString() : merged.error().message));
+        QVERIFY2(mirrored, qPrintable(mirrored ? QString() : mirrored.error().message));
+        QCOMPARE(planMerge(there).picks.size(), 0);
+        QCOMPARE(violations(merged->file), QStringList());
+        QCOMPARE(violations(mirrored->file), QStringList());
+        QCOMPARE(differences(left.file(), merged->file), differences(base.file(), right.file()));
+        QCOMPARE(differences(right.file(), mirrored->file), differences(base.file(), left.file()));
+        QCOMPARE(music(merged->file), music(mirrored->file));
+    }
+}
+
+void TestSetMerge::anyChoiceOfAnyPlanIsSound()
+{
+    Random random(5);
+    int fallbacks = 0;
+    constexpr int kRounds = 150;
+    for (int round = 0; round < kRounds; ++round) {
+        const auto base = SetSketch::song();
+        auto into = base;
+        auto from = base;
+        editAnything(into, random, 1 + random.bounded(8));
+        editAnything(from, random, 1 + random.bounded(8));
+        const auto all = inputs(base, into, from);
+        const auto plan = planMerge(all);
+        fallbacks += plan.fallbacks.isEmpty() ? 0 : 1;
+        if (!plan.fallbacks.isEmpty()) {
+            qInfo() << "round" << round << summaries(plan);
+        }
+        auto decisions = everything(plan);
+        decisions.approvedIds.removeIf([&](const QString &) { return random.bounded(2) == 0; });
+        for (auto &pick : decisions.picks) {
+            pick.side = random.bounded(2) == 0 ? QStringLiteral("from") : QStringLiteral("into");
+        }
+        const auto merged = applyMerge(all, decisions);
+        QVERIFY2(merged, qPrintable(QString::number(round) +
+                                    (merged ? QString() : merged.error().message)));
+        QCOMPARE(violations(merged->file), QStringList());
+    }
+    QCOMPARE(fallbacks, 0);
+}
+
+void TestSetMerge::realSavesMergeSoundly()
+{
+    for (const auto &[before, after] : realPairs()) {
+        const auto base = readFile(before);
+        const auto from = readFile(after);
+        const auto all = inputs(base, base, from);
+        const auto plan = planMerge(all);
+        if (!plan.fallbacks.isEmpty()) {
+            QVERIFY2(
+                plan.fallbacks.first().regionSummary.contains(QStringLiteral("different versions")),
+                qPrintable(after + plan.fallbacks.first().regionSummary));
+            continue;
+        }
+        const auto merged = applyMerge(all, everything(plan));
+        QVERIFY2(merged, qPrintable(after + (merged ? QString() : merged.error().message)));
+        QCOMPARE(violations(merged->file), QStringList());
+        if (const auto rest = differences(from, merged->file); !rest.isEmpty()) {
+            QFAIL(qPrintable(after + QLatin1Char('\n') + rest.join(QLatin1Char('\n'))));
+        }
+        const auto kept = applyMerge(all, {});
+        QVERIFY(kept && kept->file == base);
+    }
+}
+
+void TestSetMerge::differentVersionsOfLiveAreAFallback()
+{
+    const auto base = SetSketch::song();
+    auto into = base;
+    into.tempo = 90;
+    auto from = base;
+    from.minorVersion = "12.0_12402";
+    from.creator = "Ableton Live 12.4.3";
+    const auto plan = planMerge(inputs(base, into, from));
+    QCOMPARE(summaries(plan),
+             QStringList{QStringLiteral("fallback: Song.als: saved in different versions of Live "
+                                        "(Live 12.3.2 here, Live 12.4.3 there)")});
+    QVERIFY(!plan.clean);
+}
+
+void TestSetMerge::aHandEditedFileIsAFallback()
+{
+    const auto base = SetSketch::song();
+    auto into = base;
+    into.tempo = 90;
+    auto xml = base.xml();
+    xml.replace("<LiveSet>", "<LiveSet><!-- mine -->");
+    xml.replace("Value=\"Verse\"", "Value=\"Strophe\"");
+    auto broken = base;
+    broken.tracks[0].volume.target = broken.tracks[1].volume.target;
+    for (const auto &from : {xml, broken.file(), QByteArray("junk"), QByteArray()}) {
+        const auto plan = planMerge(inputs(base.file(), into.file(), from));
+        QCOMPARE(plan.fallbacks.size(), 1);
+        QCOMPARE(plan.changes.size() + plan.picks.size(), 0);
+    }
+}
+
+void TestSetMerge::wholeFilesAreTakenByteForByte()
+{
+    const auto base = SetSketch::song();
+    auto into = base;
+    into.tempo = 90;
+    auto from = base;
+    from.minorVersion = "12.0_12402";
+    const auto all = inputs(base, into, from);
+    const auto plan = planMerge(all);
+    for (const auto *const side : {"from", "into"}) {
+        MergeDecisions decisions;
+        decisions.fingerprint = plan.fingerprint;
+        decisions.fallbackSides = {{plan.fallbacks.first().keyId, QString::fromLatin1(side)}};
+        const auto merged = applyMerge(all, decisions);
+        QVERIFY(merged);
+        QVERIFY(merged->file == (QByteArrayView(side) == "from" ? all.from : all.into));
+    }
+    QVERIFY(applyMerge(all, {})->file == all.into);
+}
+
+void TestSetMerge::aStalePlanIsRejected()
+{
+    const auto base = SetSketch::song();
+    auto into = base;
+    auto from = base;
+    from.tempo = 124;
+    const auto plan = planMerge(inputs(base, into, from));
+    into.track(QStringLiteral("Bass"))->color = 12;
+    const auto merged = applyMerge(inputs(base, into, from), everything(plan));
+    QVERIFY(!merged);
+    QCOMPARE(
+        merged.error().message,
+        QStringLiteral("The song has changed since this merge was planned. Plan the merge again."));
+}
+
+void TestSetMerge::anUnknownSideIsRejected()
+{
+    const auto base = SetSketch::song();
+    auto from = base;
+    from.tempo = 124;
+    MergeDecisions decisions;
+    decisions.picks = {{QStringLiteral("Tempo"), QStringLiteral("middle")}};
+    const auto merged = applyMerge(inputs(base, base, from), decisions);
+    QVERIFY(!merged);
+    QCOMPARE(merged.error().message, QStringLiteral("“middle” is no side of a merge."));
+}
+
+void TestSetMerge::openPicksStayAsConflicts()
+{
+    const auto base = SetSketch::song();
+    auto into = base;
+    into.tempo = 90;
+    into.track(QStringLiteral("Bass"))->volume.value = "0.5";
+    auto from = base;
+    from.tempo = 124;
+    from.track(QStringLiteral("Bass"))->volume.value = "0.25";
+    from.addTrack(QStringLiteral("Pads"));
+    const auto all = inputs(base, into, from);
+    auto decisions = everything(planMerge(all));
+    decisions.picks.clear();
+    const auto merged = applyMerge(all, decisions);
+    QVERIFY(merged);
+    QCOMPARE(merged->result.conflicts,
+             (QList<MergeConflictDTO>{{QStringLiteral("Tempo"), QStringLiteral("Set")},
+                                      {QStringLiteral("Bass: volume"), QStringLiteral("Bass")}}));
+    QCOMPARE(differences(into.file(), merged->file),
+             QStringList{QStringLiteral("Added MIDI track “Pads”")});
+}
+
+void TestSetMerge::aPlanIsTheSameWheneverItIsMade()
+{
+    Random random(6);
+    for (int round = 0; round < 10; ++round) {
+        const auto base = SetSketch::song();
+        auto into = base;
+        auto from = base;
+        editAnything(into, random, 6);
+        editAnything(from, random, 6);
+        const auto all = inputs(base, into, from);
+        QCOMPARE(planMerge(all), planMerge(all));
+        QVERIFY(planMerge(all).fingerprint);
+    }
+}
+
+QTEST_APPLESS_MAIN(TestSetMerge)
+#include "tst_set_merge.moc"
