@@ -9,10 +9,11 @@ Column {
     required property SongPageViewModel page
 
     topPadding: 6
-    bottomPadding: 8
+    bottomPadding: 5
 
     Row {
         x: DS.gutter
+        bottomPadding: 3
         spacing: 8
 
         DSButton {

@@ -7,6 +7,8 @@ Column {
     id: root
 
     required property SongPageViewModel page
+    /// The keyboard goes back to where the question came from.
+    property bool wasAsked: false
 
     topPadding: 6
     bottomPadding: 8
@@ -25,7 +27,12 @@ Column {
                 title: "Delete"
                 style: DSButton.Destructive
                 help: "Delete this song"
-                onClicked: root.page.confirmSongDelete()
+                onClicked: {
+                    root.wasAsked = true;
+                    root.page.confirmSongDelete();
+                }
+                Component.onCompleted: if (root.wasAsked)
+                    forceActiveFocus(Qt.OtherFocusReason)
             }
         }
     }

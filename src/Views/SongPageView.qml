@@ -22,7 +22,9 @@ FocusScope {
 
     SongPageViewModel {
         id: page
+        objectName: "songPage"
         daemon: root.daemon
+        shown: root.Window.visibility !== Window.Hidden
         repoName: root.repoName
         filename: root.filename
         onBack: root.back()

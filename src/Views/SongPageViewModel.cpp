@@ -26,7 +26,18 @@ QCoro::Task<> switchAndNote(QPointer<DaemonState> daemon, IPCCommand command)
 
 } // namespace
 
-SongPageViewModel::SongPageViewModel(QObject *parent) : QObject(parent) {}
+SongPageViewModel::SongPageViewModel(QObject *parent) : QObject(parent)
+{
+    connect(&m_clock, &RelativeClock::tick, this, &SongPageViewModel::songChanged);
+}
+
+void SongPageViewModel::setShown(bool shown)
+{
+    if (isShown() != shown) {
+        m_clock.setRunning(shown);
+        emit shownChanged();
+    }
+}
 
 void SongPageViewModel::setDaemon(DaemonState *daemon)
 {
@@ -184,11 +195,6 @@ QString SongPageViewModel::metaLine() const
 QString SongPageViewModel::deleteSongQuestion() const
 {
     return SongPageTexts::deleteSongQuestion(displayName());
-}
-
-void SongPageViewModel::updateAges()
-{
-    emit songChanged();
 }
 
 // Fields, panels and questions.

@@ -3,6 +3,7 @@
 #include "DaemonState.h"
 #include "Models/SongRoute.h"
 #include "Views/CommitGraphPanelModel.h"
+#include "Views/RelativeClock.h"
 #include "Views/SemanticDiffPanelModel.h"
 #include "Views/SongPageRows.h"
 
@@ -23,6 +24,8 @@ class SongPageViewModel : public QObject {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(ostra::DaemonState *daemon READ daemon WRITE setDaemon NOTIFY daemonChanged)
+    /// On screen: only then are ages kept up to date.
+    Q_PROPERTY(bool shown READ isShown WRITE setShown NOTIFY shownChanged)
     Q_PROPERTY(QString repoName READ repoName WRITE setRepoName NOTIFY routeChanged)
     Q_PROPERTY(QString filename READ filename WRITE setFilename NOTIFY routeChanged)
     /// False when the song was deleted or renamed away.
@@ -57,6 +60,8 @@ public:
 
     DaemonState *daemon() const { return m_daemon; }
     void setDaemon(DaemonState *daemon);
+    bool isShown() const { return m_clock.isRunning(); }
+    void setShown(bool shown);
     const SongRoute &route() const { return m_route; }
     QString repoName() const { return m_route.repoName; }
     void setRepoName(const QString &repoName);
@@ -128,11 +133,10 @@ public:
     Q_INVOKABLE void refreshPageData();
     /// Closes what is open: a field, a question, a panel. False when nothing was.
     Q_INVOKABLE bool escape();
-    /// Ages have to be written anew.
-    Q_INVOKABLE void updateAges();
 
 signals:
     void daemonChanged();
+    void shownChanged();
     void routeChanged();
     void songChanged();
     void activePanelChanged();
@@ -202,6 +206,7 @@ private:
     std::optional<QString> m_renamingVariation;
     QString m_renameText;
 
+    RelativeClock m_clock;
     SemanticDiffPanelModel m_diffPanel;
     CommitGraphPanelModel m_graphPanel;
     SongVersionListModel m_versionRows;

@@ -14,6 +14,9 @@ Column {
     signal confirmDelete
     signal cancelDelete
 
+    /// The keyboard goes back to where the question came from.
+    property bool wasAsked: false
+
     DSReveal {
         width: root.width
         shown: !root.isConfirming
@@ -54,7 +57,12 @@ Column {
                     symbolSize: 10
                     description: root.name
                     help: "Delete this version"
-                    onClicked: root.deleteRequested()
+                    onClicked: {
+                        root.wasAsked = true;
+                        root.deleteRequested();
+                    }
+                    Component.onCompleted: if (root.wasAsked)
+                        forceActiveFocus(Qt.OtherFocusReason)
                 }
             }
         }

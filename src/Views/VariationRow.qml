@@ -22,6 +22,9 @@ Column {
     signal confirmDelete
     signal cancelDelete
 
+    /// The keyboard goes back to where the question came from.
+    property bool wasAsked: false
+
     DSReveal {
         width: root.width
         shown: !root.isConfirming && !root.isRenaming
@@ -55,13 +58,13 @@ Column {
                 spacing: 4
 
                 DSPlainButton {
-                    anchors.verticalCenter: parent.verticalCenter
+                    height: 24
                     title: "Rename"
                     description: root.name
                     onClicked: root.rename()
                 }
                 DSPlainButton {
-                    anchors.verticalCenter: parent.verticalCenter
+                    height: 24
                     visible: !root.isCurrent
                     title: "Switch"
                     description: root.name
@@ -74,7 +77,12 @@ Column {
                     symbolSize: 10
                     description: root.name
                     help: "Delete variation"
-                    onClicked: root.deleteRequested()
+                    onClicked: {
+                        root.wasAsked = true;
+                        root.deleteRequested();
+                    }
+                    Component.onCompleted: if (root.wasAsked)
+                        forceActiveFocus(Qt.OtherFocusReason)
                 }
             }
         }
