@@ -1,8 +1,6 @@
 #include "Design/FigureItem.h"
 
 #include <QCache>
-#include <QQuickWindow>
-#include <QSGImageNode>
 
 namespace ostra {
 
@@ -34,9 +32,8 @@ QImage sharedImage(const Look &look)
 } // namespace
 
 FigureItem::FigureItem(qreal size, QQuickItem *parent)
-    : QQuickItem(parent), m_size(size), m_color(Qt::white)
+    : ImageItem(parent), m_size(size), m_color(Qt::white)
 {
-    setFlag(ItemHasContents);
     setImplicitSize(size, size);
 }
 
@@ -45,7 +42,7 @@ void FigureItem::setSize(qreal size)
     if (m_size != size) {
         m_size = size;
         setImplicitSize(size, size);
-        figureChanged();
+        imageChanged();
         emit lookChanged();
     }
 }
@@ -54,7 +51,7 @@ void FigureItem::setLineWidth(qreal lineWidth)
 {
     if (m_lineWidth != lineWidth) {
         m_lineWidth = lineWidth;
-        figureChanged();
+        imageChanged();
         emit lookChanged();
     }
 }
@@ -63,67 +60,31 @@ void FigureItem::setColor(const QColor &color)
 {
     if (m_color != color) {
         m_color = color;
-        figureChanged();
+        imageChanged();
         emit lookChanged();
     }
 }
 
-void FigureItem::figureChanged()
-{
-    m_stale = true;
-    update();
-}
-
-void FigureItem::geometryChange(const QRectF &now, const QRectF &before)
-{
-    QQuickItem::geometryChange(now, before);
-    if (now.size() != before.size()) {
-        figureChanged();
-    }
-}
-
-void FigureItem::itemChange(ItemChange change, const ItemChangeData &value)
-{
-    QQuickItem::itemChange(change, value);
-    if (change == ItemDevicePixelRatioHasChanged || change == ItemSceneChange) {
-        figureChanged();
-    }
-}
-
-QSGNode *FigureItem::updatePaintNode(QSGNode *old, UpdatePaintNodeData *)
+QImage FigureItem::makeImage(qreal devicePixelRatio) const
 {
     const Figure *drawing = figure();
     const qreal side = std::min(width(), height());
-    if (drawing == nullptr || side <= 0) {
-        delete old;
-        m_stale = true;
-        return nullptr;
-    }
-    auto *node = static_cast<QSGImageNode *>(old);
-    if (node == nullptr) {
-        node = window()->createImageNode();
-        node->setOwnsTexture(true);
-        node->setFiltering(QSGTexture::Linear); // for what turns
-        m_stale = true;
-    }
-    if (m_stale) {
-        const qreal ratio = window()->effectiveDevicePixelRatio();
-        const QImage image = sharedImage({drawing, side, ratio, m_lineWidth, m_color.rgba()});
-        node->setTexture(
-            window()->createTextureFromImage(image, QQuickWindow::TextureHasAlphaChannel));
-        // One image pixel per device pixel, also where the side is not a whole number of them.
-        node->setRect(
-            {{(width() - side) / 2, (height() - side) / 2}, image.size().toSizeF() / ratio});
-        m_stale = false;
-    }
-    return node;
+    return drawing != nullptr && side > 0
+               ? sharedImage({drawing, side, devicePixelRatio, m_lineWidth, m_color.rgba()})
+               : QImage();
+}
+
+QPointF FigureItem::imageCorner() const
+{
+    const qreal side = std::min(width(), height());
+    return {(width() - side) / 2, (height() - side) / 2};
 }
 
 void DSGlyph::setGlyph(Glyph glyph)
 {
     if (m_glyph != glyph) {
         m_glyph = glyph;
-        figureChanged();
+        imageChanged();
         emit glyphChanged();
     }
 }
@@ -132,7 +93,7 @@ void DSSymbol::setSymbol(const QString &symbol)
 {
     if (m_symbol != symbol) {
         m_symbol = symbol;
-        figureChanged();
+        imageChanged();
         emit symbolChanged();
     }
 }

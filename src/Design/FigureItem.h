@@ -1,14 +1,13 @@
 #pragma once
 
 #include "Design/Glyphs.h"
-
-#include <QQuickItem>
+#include "Design/ImageItem.h"
 
 namespace ostra {
 
 /// Draws one figure, `size` × `size` points, crisp at any pixel ratio. Images are shared between
-/// all items that show the same figure alike. Hidden from assistive technology by having no role.
-class FigureItem : public QQuickItem {
+/// all items that show the same figure alike.
+class FigureItem : public ostra::ImageItem {
     Q_OBJECT
     QML_ANONYMOUS
     Q_PROPERTY(qreal size READ size WRITE setSize NOTIFY lookChanged FINAL)
@@ -30,16 +29,13 @@ signals:
 
 protected:
     virtual const Figure *figure() const = 0;
-    void figureChanged();
-    QSGNode *updatePaintNode(QSGNode *old, UpdatePaintNodeData *data) override;
-    void geometryChange(const QRectF &now, const QRectF &before) override;
-    void itemChange(ItemChange change, const ItemChangeData &value) override;
+    QImage makeImage(qreal devicePixelRatio) const override;
+    QPointF imageCorner() const override;
 
 private:
     qreal m_size;
     qreal m_lineWidth = 0;
     QColor m_color;
-    bool m_stale = true;
 };
 
 /// One icon of the family: `DSGlyph { glyph: Glyph.Merge; color: DS.color.grey }`.

@@ -87,7 +87,9 @@ QColor colorOf(const QQuickItem *item)
 
 QColor borderOf(const QQuickItem *item)
 {
-    return item->property("border").value<QObject *>()->property("color").value<QColor>();
+    const QVariant own = item->property("borderColor");
+    return (own.isValid() ? own : item->property("border").value<QObject *>()->property("color"))
+        .value<QColor>();
 }
 
 bool isInTree(QQuickItem *item)
@@ -140,6 +142,7 @@ private slots:
     void aStateSquareIsReadOnlyWithAText();
     void aSectionLabelShoutsItsTitle();
     void aDividerIsAHairline();
+    void aBoxHasASharpBorderAndRoundCorners();
     void aHighlightFollowsThePointer();
     void anUnchangedSongHasADimMarkAndNoSquare();
     void aChangedSongHasABrightMarkWithASquare();
@@ -173,8 +176,7 @@ void TestComponents::buttonStylesHaveTheirColours()
     QCOMPARE(colorOf(stage.part("contentItem")).rgb(), text);
     const QColor fill = colorOf(stage.part("background"));
     QCOMPARE(fill.alpha() == 0 ? QRgb(0) : fill.rgba(), ground);
-    const QObject *pen = stage.part("background")->property("border").value<QObject *>();
-    QCOMPARE(pen->property("width").toInt(), border == 0 ? 0 : 1);
+    QCOMPARE(stage.part("background")->property("borderWidth").toInt(), border == 0 ? 0 : 1);
     if (border != 0) {
         QCOMPARE(borderOf(stage.part("background")).rgb(), border);
     }
@@ -397,6 +399,18 @@ void TestComponents::aDividerIsAHairline()
     const Stage stage("DSDivider { width: 300 }");
     QCOMPARE(stage.subject()->height(), 1.0);
     QCOMPARE(colorOf(stage.subject()).rgba(), ostra::DS::Color::line);
+}
+
+void TestComponents::aBoxHasASharpBorderAndRoundCorners()
+{
+    const Stage stage("DSBox { width: 40; height: 20; radius: 4; color: DS.color.paper2;"
+                      " borderColor: DS.color.ink; borderWidth: 1 }");
+    const QImage image = stage.window()->grabWindow();
+    QCOMPARE(image.pixel(40, 20), ostra::DS::Color::ink);
+    QCOMPARE(image.pixel(40, 21), ostra::DS::Color::paper2);
+    QCOMPARE(image.pixel(40, 39), ostra::DS::Color::ink);
+    QCOMPARE(image.pixel(59, 30), ostra::DS::Color::ink);
+    QCOMPARE(image.pixel(20, 20), qRgb(255, 255, 255));
 }
 
 void TestComponents::aHighlightFollowsThePointer()

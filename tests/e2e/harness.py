@@ -77,7 +77,7 @@ class Desktop:
         # A window that comes before its manager is never given the keyboard.
         eventually(lambda: b"window id" in subprocess.run(
             ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"], capture_output=True).stdout,
-            "a window manager")
+            "a window manager", timeout=30)
 
     def _start(self, command, **options):
         options.setdefault("stdout", subprocess.DEVNULL)

@@ -25,10 +25,10 @@ DSPressable {
         decorative: true
     }
 
-    background: Rectangle {
+    background: DSBox {
         radius: DS.radius
         color: root.style === DSButton.Primary ? DS.color.accent : Qt.alpha(DS.color.paper2, root.hot ? 1 : 0)
-        border.width: root.style === DSButton.Primary ? 0 : 1
-        border.color: root.style === DSButton.Destructive ? Qt.alpha(DS.color.danger, 0.55) : DS.color.accentEdge
+        borderWidth: root.style === DSButton.Primary ? 0 : 1
+        borderColor: root.style === DSButton.Destructive ? Qt.alpha(DS.color.danger, 0.55) : DS.color.accentEdge
     }
 }

@@ -51,7 +51,7 @@ DSPressable {
     DSAccessible.checked: root.chosen
 
     contentItem: root.body
-    background: Rectangle {
+    background: DSBox {
         radius: DS.radius
         color: Qt.alpha(DS.color.paper2, root.hot ? 1 : 0)
     }

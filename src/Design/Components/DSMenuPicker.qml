@@ -83,11 +83,11 @@ DSPressable {
     DSAccessible.popup: root.list
 
     contentItem: root.body
-    background: Rectangle {
+    background: DSBox {
         radius: DS.radius
         color: DS.color.paper
-        border.width: 1
-        border.color: root.hot || menu.opened ? DS.color.greyDim : DS.color.line
+        borderWidth: 1
+        borderColor: root.hot || menu.opened ? DS.color.greyDim : DS.color.line
     }
 
     MenuOptions {
@@ -109,11 +109,11 @@ DSPressable {
             root.forceActiveFocus(root.focusReason)
 
         contentItem: root.list
-        background: Rectangle {
+        background: DSBox {
             radius: DS.radius + 2
             color: DS.color.paper3
-            border.width: 1
-            border.color: DS.color.line
+            borderWidth: 1
+            borderColor: DS.color.line
         }
     }
 }

@@ -44,7 +44,7 @@ DSPressable {
     Accessible.selected: root.selected
 
     contentItem: root.body
-    background: Rectangle {
+    background: DSBox {
         radius: DS.radius
         color: Qt.alpha(DS.highContrast ? DS.color.paper : DS.color.line, root.current ? 1 : 0)
     }

@@ -16,7 +16,7 @@ T.ScrollBar {
     hoverEnabled: true
     Accessible.ignored: true
 
-    contentItem: Rectangle {
+    contentItem: DSBox {
         radius: 2.5
         color: root.pressed || root.hovered ? DS.color.grey : DS.color.greyDim
         opacity: root.active || root.hovered ? 1 : 0.5

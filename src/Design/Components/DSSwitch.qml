@@ -35,7 +35,7 @@ DSPressable {
             color: DS.color.grey
             decorative: true
         }
-        Rectangle {
+        DSBox {
             id: track
             anchors.right: parent.right
             anchors.verticalCenter: parent.verticalCenter
@@ -43,10 +43,10 @@ DSPressable {
             height: 16
             radius: 8
             color: root.on ? DS.color.ink2 : DS.color.paper3
-            border.width: root.on ? 0 : 1
-            border.color: DS.color.greyDim
+            borderWidth: root.on ? 0 : 1
+            borderColor: DS.color.greyDim
 
-            Rectangle {
+            DSBox {
                 x: root.on ? 14 : 2
                 y: 2
                 width: 12

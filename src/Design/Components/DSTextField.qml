@@ -44,11 +44,11 @@ T.TextField {
     Accessible.name: root.placeholder
     Accessible.onPressAction: root.forceActiveFocus(Qt.OtherFocusReason)
 
-    background: Rectangle {
+    background: DSBox {
         radius: DS.radius
         color: DS.color.paper
-        border.width: 1
-        border.color: root.activeFocus ? DS.color.ink2 : root.hovered ? DS.color.greyDim : DS.color.line
+        borderWidth: 1
+        borderColor: root.activeFocus ? DS.color.ink2 : root.hovered ? DS.color.greyDim : DS.color.line
     }
 
     DSText {

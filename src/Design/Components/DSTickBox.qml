@@ -2,7 +2,7 @@ import QtQuick
 import Ostra.Design
 
 /// The box of a check row, or with `option` the selection square of an option row.
-Rectangle {
+DSBox {
     id: root
 
     property bool ticked: false
@@ -12,8 +12,8 @@ Rectangle {
     implicitHeight: 12
     radius: root.option ? 0 : 2
     color: Qt.alpha(DS.color.ink2, root.ticked && !root.option ? 1 : 0)
-    border.width: root.ticked && !root.option ? 0 : 1
-    border.color: root.ticked ? DS.color.ink2 : DS.color.greyDim
+    borderWidth: root.ticked && !root.option ? 0 : 1
+    borderColor: root.ticked ? DS.color.ink2 : DS.color.greyDim
 
     DSSymbol {
         anchors.centerIn: parent
@@ -23,7 +23,7 @@ Rectangle {
         lineWidth: 1.6
         color: DS.color.paper
     }
-    Rectangle {
+    DSBox {
         anchors.fill: parent
         anchors.margins: 3
         visible: root.ticked && root.option

@@ -29,11 +29,11 @@ T.ToolTip {
     timeout: -1
 
     contentItem: root.words
-    background: Rectangle {
+    background: DSBox {
         radius: DS.radius
         color: DS.color.paper3
-        border.width: 1
-        border.color: DS.color.line
+        borderWidth: 1
+        borderColor: DS.color.line
     }
     enter: Transition {
         DSFastAnimation {

@@ -1,0 +1,37 @@
+#include "Design/DSBox.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+namespace ostra {
+
+QImage DSBox::makeImage(qreal devicePixelRatio) const
+{
+    const QSize pixels = (size() * devicePixelRatio).toSize();
+    const bool bordered = m_borderWidth > 0 && m_borderColor.alpha() > 0;
+    if (pixels.isEmpty() || (m_color.alpha() == 0 && !bordered)) {
+        return {};
+    }
+    QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+
+    const int border = bordered ? std::max(1, qFloor(m_borderWidth * devicePixelRatio)) : 0;
+    const qreal radius = m_radius * devicePixelRatio;
+    const QRectF outer({}, QSizeF(pixels));
+    const QRectF inner = outer.adjusted(border, border, -border, -border);
+    painter.setBrush(m_color);
+    painter.drawRoundedRect(inner, radius - border, radius - border);
+    if (bordered) {
+        QPainterPath ring;
+        ring.addRoundedRect(outer, radius, radius);
+        ring.addRoundedRect(inner, std::max(0.0, radius - border), std::max(0.0, radius - border));
+        painter.fillPath(ring, m_borderColor);
+    }
+    painter.end();
+    return image;
+}
+
+} // namespace ostra
