@@ -1,9 +1,9 @@
 #include "Core/Daemon.h"
+#include "Core/Inspect.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
-#include <QFileInfo>
 #include <QSocketNotifier>
 
 #include <sys/socket.h>

@@ -58,6 +58,8 @@ public:
     /// Records the set if its content is new.
     Outcome<Recorded> record(const QString &file);
     void noteGone(const QString &file);
+    /// The history takes another space than before.
+    void remeasure();
     /// Deletes for good what was deleted longer ago than `keptSeconds`; true if there was any.
     bool emptyTrash(qint64 now, qint64 keptSeconds);
 

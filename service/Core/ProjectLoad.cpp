@@ -288,6 +288,14 @@ void Project::measure()
     }
 }
 
+void Project::remeasure()
+{
+    if (m_history) {
+        measure();
+        tell();
+    }
+}
+
 bool Project::emptyTrash(qint64 now, qint64 keptSeconds)
 {
     bool isAny = false;

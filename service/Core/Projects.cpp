@@ -2,12 +2,15 @@
 
 #include "Core/Log.h"
 #include "Protocol/ReplyEncoder.h"
+#include "Store/Packer.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QPointer>
 
 #include <algorithm>
+#include <cstdlib>
 
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -28,6 +31,7 @@ constexpr int kNotWholeAfterMs = 2'000;
 constexpr int kFirstRetryMs = 30'000;
 constexpr int kLongestRetryMs = 600'000;
 constexpr qint64 kTrashKeptSeconds = 30LL * 24 * 3600;
+constexpr int kBusyMachineMs = 300'000;
 constexpr qint64 kInitRecordingMs = 5'000;
 
 QString folderOf(const QString &path)
@@ -67,6 +71,7 @@ struct Projects::Tracked {
     bool isLoading = false;
     bool isMissing = false;
     bool isAnnounced = false; ///< the user knows that it is missing
+    bool mayBePacked = true;  ///< something was written since it was last looked at
 };
 
 Projects::Projects(Options options, QObject *parent)
@@ -100,6 +105,11 @@ Projects::Projects(Options options, QObject *parent)
     m_idle.setSingleShot(true);
     m_idle.setInterval(2'000);
     connect(&m_idle, &QTimer::timeout, this, &Projects::idle);
+    m_tidy.setSingleShot(true);
+    m_tidy.setInterval(m_options.packAfterMs);
+    connect(&m_tidy, &QTimer::timeout, this, &Projects::tidy);
+    m_packer.setMaxThreadCount(1);
+    m_packer.setThreadPriority(QThread::IdlePriority);
     m_missing.setSingleShot(true);
     m_missing.setInterval(kMissingAfterMs);
     connect(&m_missing, &QTimer::timeout, this, &Projects::announceMissing);
@@ -138,6 +148,8 @@ void Projects::stop()
     }
     m_writers.waitForDone();
     m_readers.waitForDone();
+    m_packer.clear();
+    m_packer.waitForDone();
 }
 
 // Answers.
@@ -256,6 +268,7 @@ void Projects::write(const IPCCommand &command, Responder respond, Write work)
         respond.error(QStringLiteral("There is no such project."));
         return;
     }
+    tracked->mayBePacked = true;
     tracked->writing->post([this, project = tracked->project, respond, work = std::move(work)] {
         const bool isThere = QFileInfo(project->folder()).isDir() && project->isLoaded();
         const auto outcome =
@@ -515,6 +528,7 @@ void Projects::record(const TrackedPtr &tracked, const QString &file)
         const auto outcome = project->record(file);
         later([this, tracked, file, outcome] { recorded(tracked, file, outcome); });
     });
+    tracked->mayBePacked = true;
     busy();
 }
 
@@ -717,6 +731,52 @@ void Projects::save()
 void Projects::busy()
 {
     m_idle.start();
+    m_tidy.start();
+}
+
+/// Nobody has asked for anything for a while: time to make things small.
+void Projects::tidy()
+{
+    double load = 0;
+    if (::getloadavg(&load, 1) == 1 && load > QThread::idealThreadCount()) {
+        m_tidy.start(std::max(m_options.packAfterMs, kBusyMachineMs));
+        return;
+    }
+    m_tidy.setInterval(m_options.packAfterMs);
+    for (const TrackedPtr &tracked : std::as_const(m_tracked)) {
+        if (!tracked->isMissing && std::exchange(tracked->mayBePacked, false)) {
+            pack(tracked);
+        }
+    }
+}
+
+void Projects::pack(const TrackedPtr &tracked)
+{
+    // What was deleted long ago goes first; that needs the project for itself.
+    tracked->writing->post([this, tracked, project = tracked->project] {
+        if (!project->isLoaded()) {
+            return;
+        }
+        const QString folder = project->history().folder();
+        if (project->emptyTrash(QDateTime::currentSecsSinceEpoch(), kTrashKeptSeconds)) {
+            if (const auto packed = Packer::repack(folder); !packed) {
+                Log::warning(packed.error().message);
+            }
+        }
+        m_packer.start([this, tracked, folder] {
+            if (m_isStopping || !Packer::isWorthwhile(folder)) {
+                return;
+            }
+            if (const auto packed = Packer::packLoose(folder); !packed) {
+                Log::warning(packed.error().message);
+            }
+            later([this, tracked] {
+                Log::info(QStringLiteral("Packed the history of %1").arg(tracked->known.path));
+                tracked->writing->post([project = tracked->project] { project->remeasure(); });
+                m_idle.start();
+            });
+        });
+    });
 }
 
 void Projects::idle()

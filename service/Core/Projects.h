@@ -100,6 +100,8 @@ private:
     void save();
     void busy();
     void idle();
+    void tidy();
+    void pack(const TrackedPtr &tracked);
     bool isBelowWatchPath(const QString &path) const;
     /// Runs on the main thread, unless this is being destroyed.
     void later(std::function<void()> job);
@@ -109,6 +111,7 @@ private:
     QList<TrackedPtr> m_tracked;
     QThreadPool m_writers;
     QThreadPool m_readers;
+    QThreadPool m_packer;
     QThread m_watchThread;
     FolderWatch *m_watch = nullptr;
     std::atomic<bool> m_isStopping = false;
@@ -121,6 +124,7 @@ private:
     QHash<QString, QString> m_troubles; ///< set path → what the user was told about it last
     QHash<QString, int> m_retryMs;      ///< set path → wait before the next attempt
     QTimer m_idle;
+    QTimer m_tidy; ///< packing begins when this has been left alone
     QTimer m_missing;
 };
 

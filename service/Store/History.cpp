@@ -20,6 +20,9 @@ namespace ostra {
 
 namespace {
 
+/// Packing compares neighbours in memory; large sets have fewer neighbours.
+constexpr qint64 kPackWindowBytes = 192 * 1024 * 1024;
+
 constexpr const char *kXmlEntry = "set.xml";
 constexpr const char *kContainerEntry = "container";
 constexpr const char *kFileEntry = "set.als";
@@ -368,7 +371,12 @@ Outcome<History> History::openForWriting(const QString &gitFolder)
                                     &options) != 0) {
             return gitFailure(kNotWritten);
         }
-        git_repository_free(repository);
+        const GitRepository made(repository);
+        git_config *config = nullptr;
+        if (git_repository_config(&config, repository) == 0) {
+            const GitConfig owned(config);
+            git_config_set_int64(config, "pack.windowMemory", kPackWindowBytes);
+        }
     }
     removeLeftovers(gitFolder);
     return open(gitFolder);
@@ -646,14 +654,14 @@ QList<History::Head> History::trashedHeads(const QString &trashId) const
     return found;
 }
 
-Outcome<QList<ObjectId>> History::everyCommit() const
+Outcome<QList<History::Tip>> History::everyTip() const
 {
-    QList<ObjectId> pending;
+    QList<Tip> tips;
     const auto refs = d->refs(QByteArrayLiteral("refs/"));
-    for (const ObjectId &id : refs) {
+    for (auto it = refs.begin(); it != refs.end(); ++it) {
         git_object *object = nullptr;
         git_object *commit = nullptr;
-        const git_oid oid = toGit(id);
+        const git_oid oid = toGit(it.value());
         if (git_object_lookup(&object, d->repository.get(), &oid, GIT_OBJECT_ANY) != 0) {
             return gitFailure(kNotRead);
         }
@@ -662,25 +670,43 @@ Outcome<QList<ObjectId>> History::everyCommit() const
         if (status != 0) {
             return gitFailure(kNotRead);
         }
-        pending.append(fromGit(*git_object_id(commit)));
+        const QList<QByteArray> parts = it.key().split('/'); // heads/song/<song>/<variation>
+        tips.append({parts.value(1) == "song" ? parts.value(2) : QByteArray(),
+                     fromGit(*git_object_id(commit)),
+                     {it.value()}});
         git_object_free(commit);
     }
+    return tips;
+}
+
+Outcome<QList<CommitInfo>> History::everySave() const
+{
+    const auto tips = everyTip();
+    if (!tips) {
+        return tl::unexpected(tips.error());
+    }
+    QList<ObjectId> pending;
+    for (const Tip &tip : *tips) {
+        pending.append(tip.commit);
+    }
     QSet<ObjectId> seen;
-    QList<ObjectId> commits;
+    QList<CommitInfo> saves;
     while (!pending.isEmpty()) {
         const ObjectId id = pending.takeLast();
         if (seen.contains(id)) {
             continue;
         }
         seen.insert(id);
-        commits.append(id);
-        const auto info = commitInfo(id);
+        auto info = commitInfo(id);
         if (!info) {
             return tl::unexpected(info.error());
         }
         pending.append(info->parents);
+        if (!info->fileHash.isEmpty()) { // an album version holds saves and is none
+            saves.append(std::move(*info));
+        }
     }
-    return commits;
+    return saves;
 }
 
 qint64 History::sizeOnDisk() const

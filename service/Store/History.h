@@ -136,8 +136,15 @@ public:
     /// The saves that the references under `trashId` lead to.
     QList<Head> trashedHeads(const QString &trashId) const;
 
-    /// Every commit that any reference leads to, newest references first.
-    Outcome<QList<ObjectId>> everyCommit() const;
+    /// Where a reference leads, and the objects on the way.
+    struct Tip {
+        QByteArray song; ///< encoded; empty for albums
+        ObjectId commit;
+        QList<ObjectId> objects;
+    };
+    Outcome<QList<Tip>> everyTip() const;
+    /// Every save that any reference leads to.
+    Outcome<QList<CommitInfo>> everySave() const;
 
     /// Bytes that the repository takes on the disk.
     qint64 sizeOnDisk() const;
