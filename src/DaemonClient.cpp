@@ -111,6 +111,13 @@ void DaemonClient::setOnStateChange(std::function<void(bool)> onStateChange)
         });
 }
 
+void DaemonClient::setTrace(Trace trace)
+{
+    m_context->post([context = m_context.get(), trace = std::move(trace)]() mutable {
+        context->setTrace(std::move(trace));
+    });
+}
+
 QCoro::Task<DaemonClient::Result<IPCResponse>> DaemonClient::send(IPCCommand command)
 {
     const Context::Waiter waiter = Context::Waiter::element_type::make();

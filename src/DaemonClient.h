@@ -57,6 +57,12 @@ public:
     /// Set it before the first connect().
     void setOnStateChange(std::function<void(bool connected)> onStateChange);
 
+    /// Shown every line that crosses the socket, from the client's thread, for looking over its
+    /// shoulder. Set it before the first connect(), or not at all.
+    enum class Direction { sent, received };
+    using Trace = std::function<void(Direction direction, QByteArrayView line)>;
+    void setTrace(Trace trace);
+
     /// Sends one request and waits for its reply, at most 15 seconds; a time-out costs the whole
     /// connection. An "error" reply is a reply.
     QCoro::Task<Result<IPCResponse>> send(IPCCommand command);

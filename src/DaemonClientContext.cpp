@@ -81,6 +81,9 @@ void DaemonClient::Context::handleChunk(const QByteArray &chunk, const Socket &f
 
 void DaemonClient::Context::routeLine(QByteArrayView text)
 {
+    if (m_trace) {
+        m_trace(Direction::received, text);
+    }
     const Line line(text);
     if (line.isEvent() || m_pending.empty()) {
         if (m_events) {
@@ -111,7 +114,11 @@ void DaemonClient::Context::send(const IPCCommand &command, Waiter waiter)
     // subject to the same time-out.
     m_pending.push_back({m_scheduler.now() + kReplyTime, std::move(waiter)});
     armTimer();
-    if (socket->write(encode(command) + '\n', [this] { return isHeldUpInVain(); })) {
+    const QByteArray line = encode(command);
+    if (m_trace) {
+        m_trace(Direction::sent, line);
+    }
+    if (socket->write(line + '\n', [this] { return isHeldUpInVain(); })) {
         return;
     }
     if (socket == m_socket) {

@@ -37,6 +37,7 @@ public:
     void send(const IPCCommand &command, Waiter waiter);
     void setEventChannel(std::shared_ptr<EventStream::Channel> channel);
     void setOnStateChange(std::function<void(bool)> onStateChange);
+    void setTrace(Trace trace) { m_trace = std::move(trace); }
     /// Ends the connection and everything that waits. Nothing may be called any more.
     void stop();
 
@@ -62,6 +63,7 @@ private:
     Scheduler &m_scheduler;
     const QString m_socketPath;
     std::function<void(bool)> m_onStateChange;
+    Trace m_trace;
     Socket m_socket; ///< null when there is no connection
     LineSplitter m_splitter;
     std::deque<Request> m_pending; ///< written and not answered, oldest first

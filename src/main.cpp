@@ -1,17 +1,58 @@
-#include <QGuiApplication>
-#include <QQmlApplicationEngine>
+#include "App.h"
+#include "SingleInstance.h"
+
+#include <QApplication>
+#include <QDir>
 #include <QQuickWindow>
 #include <QtQml/qqmlextensionplugin.h>
 
+#include <cstdio>
+
+Q_IMPORT_QML_PLUGIN(Ostra_CorePlugin)
 Q_IMPORT_QML_PLUGIN(Ostra_DesignPlugin)
 Q_IMPORT_QML_PLUGIN(Ostra_ViewsPlugin)
 
+using namespace ostra;
+
 int main(int argc, char *argv[])
 {
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-    const QGuiApplication app(argc, argv);
-    QQmlApplicationEngine engine;
-    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
-    engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Ostra/Views/MenuBarView.qml")));
-    return engine.rootObjects().isEmpty() ? 1 : QGuiApplication::exec();
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
+    const QString version = QStringLiteral(OSTRA_VERSION);
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i) {
+        arguments << QString::fromLocal8Bit(argv[i]);
+    }
+    const CommandLine commandLine = parseCommandLine(arguments, version);
+    if (commandLine.ending) {
+        std::fputs(qPrintable(commandLine.ending->text),
+                   commandLine.ending->exitCode == 0 ? stdout : stderr);
+        return commandLine.ending->exitCode;
+    }
+
+    // A window of this size needs no GPU: drawn in software it is up sooner and in less memory.
+    if (!commandLine.gpu) {
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    }
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("ostra"));
+    QApplication::setApplicationDisplayName(QStringLiteral("OSTRA"));
+    QApplication::setApplicationVersion(version);
+    QApplication::setDesktopFileName(QStringLiteral("ostra"));
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    SingleInstance instance(QDir::homePath() + QStringLiteral("/.ostra"));
+    switch (instance.start(qgetenv("XDG_ACTIVATION_TOKEN"))) {
+    case SingleInstance::Start::first:
+        break;
+    case SingleInstance::Start::handedOver:
+        return 0;
+    case SingleInstance::Start::unreachable:
+        std::fputs("ostra: another ostra is running and does not answer\n", stderr);
+        return 1;
+    }
+
+    App app(commandLine, QDir::homePath());
+    QObject::connect(&instance, &SingleInstance::showRequested, &app, &App::showWindow);
+    app.start();
+    return QApplication::exec();
 }

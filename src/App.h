@@ -1,0 +1,54 @@
+#pragma once
+
+#include "CommandLine.h"
+#include "DaemonState.h"
+#include "MainWindow.h"
+#include "MenubarItem.h"
+#include "Platform/DetachedProcessLauncher.h"
+#include "Platform/SystemScheduler.h"
+
+#include <QCoroTask>
+#include <QObject>
+#include <QQmlEngine>
+
+#include <memory>
+
+namespace ostra {
+
+class FolderChooser;
+class HostApplications;
+class TrayWatcher;
+
+/// The composition root: makes the one store and hands it to the views, keeps the menu-bar item
+/// and the window, and decides between them. Where there is no tray the window is the application;
+/// otherwise it comes and goes and the item stays. Made once by main(); main thread only.
+class App : public QObject {
+    Q_OBJECT
+
+public:
+    App(const CommandLine &commandLine, const QString &homePath);
+    ~App() override;
+
+    /// Connects to the service and takes the place that the desktop offers.
+    void start();
+    void showWindow(const QByteArray &activationToken = {});
+
+private:
+    void takePlace();
+    void toggleWindow();
+    void windowClosed();
+    QCoro::Task<> openGuide();
+
+    CommandLine m_commandLine;
+    SystemScheduler m_scheduler;
+    DetachedProcessLauncher m_launcher;
+    std::unique_ptr<HostApplications> m_host;
+    std::unique_ptr<FolderChooser> m_folderChooser;
+    std::unique_ptr<TrayWatcher> m_trays;
+    DaemonState m_daemon;
+    QQmlEngine m_engine;
+    MainWindow m_window;
+    MenubarItem m_item;
+};
+
+} // namespace ostra

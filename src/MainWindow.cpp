@@ -1,0 +1,164 @@
+#include "MainWindow.h"
+
+#include "DaemonState.h"
+#include "Views/MenuBarViewModel.h"
+#include "WindowPlacement.h"
+
+#include <QGuiApplication>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QScreen>
+
+using namespace std::chrono_literals;
+
+namespace ostra {
+
+namespace {
+constexpr auto kDismissalGrace = 250ms;
+constexpr auto kWindowUrl = "qrc:/qt/qml/Ostra/Views/OstraWindow.qml";
+} // namespace
+
+MainWindow::MainWindow(QQmlEngine &engine, DaemonState &daemon, FolderChooser &folderChooser,
+                       QString versionText, QObject *parent)
+    : QObject(parent), m_engine(engine), m_daemon(daemon), m_folderChooser(folderChooser),
+      m_versionText(std::move(versionText))
+{
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::make()
+{
+    QQmlComponent component(&m_engine, QUrl(QString::fromLatin1(kWindowUrl)));
+    if (!component.isReady()) {
+        // The views are compiled into the program: without them there is nothing to run.
+        qFatal("the window cannot be made: %s", qPrintable(component.errorString()));
+    }
+    std::unique_ptr<QObject> object(component.createWithInitialProperties(
+        {{QStringLiteral("daemon"), QVariant::fromValue(&m_daemon)},
+         {QStringLiteral("versionText"), m_versionText}}));
+    Q_ASSERT(qobject_cast<QQuickWindow *>(object.get()));
+    m_window.reset(static_cast<QQuickWindow *>(object.release()));
+    m_window->installEventFilter(this);
+    // Scene graph resources are small in software; keeping them makes reopening instant.
+    m_window->setPersistentSceneGraph(true);
+    // Signals that QML declares can be named by strings only.
+    connect(m_window.get(), SIGNAL(closeRequested()), this, SLOT(close()));
+    connect(m_window.get(), SIGNAL(guideRequested()), this, SIGNAL(guideRequested()));
+    connect(m_window.get(), SIGNAL(rescanRequested()), this, SIGNAL(rescanRequested()));
+    connect(m_window.get(), &QWindow::activeChanged, this, &MainWindow::dismissWhenLeft);
+    connect(m_window.get(), &QWindow::heightChanged, this, &MainWindow::keepBesideItem);
+    view()->setFolderChooser(&m_folderChooser, m_window->winId());
+    applyMode();
+}
+
+void MainWindow::setMode(Mode mode)
+{
+    if (mode != m_mode) {
+        m_mode = mode;
+        applyMode();
+    }
+}
+
+void MainWindow::applyMode()
+{
+    if (!m_window) {
+        return;
+    }
+    const bool wasVisible = m_window->isVisible();
+    const Qt::WindowFlags flags =
+        m_mode == Mode::docked ? Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint
+                               : Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                                     Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint;
+    if (m_window->flags() != flags) {
+        // A window that is already mapped does not change its kind.
+        m_window->hide();
+        m_window->setFlags(flags);
+        m_window->setVisible(wasVisible);
+    }
+}
+
+void MainWindow::show(const QRect &item, const QByteArray &activationToken)
+{
+    if (!m_window) {
+        make();
+    }
+    m_item = item;
+    if (!m_window->isVisible()) {
+        view()->resetToTop();
+        keepBesideItem();
+    }
+    if (!activationToken.isEmpty()) {
+        qputenv("XDG_ACTIVATION_TOKEN", activationToken); // where Qt's Wayland platform reads it
+    }
+    m_window->show();
+    m_window->raise();
+    m_window->requestActivate();
+}
+
+void MainWindow::keepBesideItem()
+{
+    if (m_mode != Mode::docked || m_item.isEmpty()) {
+        return;
+    }
+    QScreen *screen = QGuiApplication::screenAt(m_item.center());
+    if (!screen) {
+        return; // a panel may report an item where no screen is any more
+    }
+    m_window->setScreen(screen);
+    m_window->setPosition(placeBeside(m_item, screen->availableGeometry(), m_window->size()));
+}
+
+void MainWindow::hide()
+{
+    if (m_window) {
+        m_window->hide();
+    }
+}
+
+bool MainWindow::isVisible() const
+{
+    return m_window && m_window->isVisible();
+}
+
+bool MainWindow::wasJustDismissed() const
+{
+    return m_sinceDismissal.isValid() && !m_sinceDismissal.hasExpired(kDismissalGrace.count());
+}
+
+void MainWindow::showSettings()
+{
+    view()->setShowSettings(true);
+}
+
+MenuBarViewModel *MainWindow::view() const
+{
+    return m_window->property("navigation").value<MenuBarViewModel *>();
+}
+
+void MainWindow::dismissWhenLeft()
+{
+    const bool left = isVisible() && !m_window->isActive();
+    if (left && m_mode == Mode::docked && !m_keepsOpen && !view()->hasOpenText()) {
+        m_sinceDismissal.start();
+        m_window->hide();
+    }
+}
+
+void MainWindow::close()
+{
+    hide();
+    emit closed();
+}
+
+bool MainWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_window.get() && event->type() == QEvent::Close) {
+        event->ignore();
+        close();
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+} // namespace ostra

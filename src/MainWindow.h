@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QQuickWindow>
+#include <QRect>
+
+#include <memory>
+
+class QQmlEngine;
+
+namespace ostra {
+
+class DaemonState;
+class FolderChooser;
+class MenuBarViewModel;
+
+/// The one window. Docked, it is a panel beside the menu-bar item, without a frame, that goes away
+/// when the user turns elsewhere, unless something on it would be lost or it is kept open;
+/// ordinary, it is a window like any other. It is made when it is first shown. Owned by App; main
+/// thread only.
+class MainWindow : public QObject {
+    Q_OBJECT
+
+public:
+    enum class Mode { docked, ordinary };
+
+    /// All of these outlive the window.
+    MainWindow(QQmlEngine &engine, DaemonState &daemon, FolderChooser &folderChooser,
+               QString versionText, QObject *parent = nullptr);
+    ~MainWindow() override;
+
+    void setMode(Mode mode);
+    Mode mode() const { return m_mode; }
+    void setKeepsOpen(bool keepsOpen) { m_keepsOpen = keepsOpen; }
+
+    /// Shows and raises the window. `item`: where the menu-bar item is, in logical pixels of the
+    /// virtual desktop; empty where nobody knows. `activationToken`: what the desktop gave whoever
+    /// asked, or empty.
+    void show(const QRect &item, const QByteArray &activationToken = {});
+    void hide();
+    bool isVisible() const;
+    /// True for a moment after the window went away because the user clicked elsewhere: where that
+    /// click was on the item it meant "close", not "open again".
+    bool wasJustDismissed() const;
+    void showSettings();
+
+signals:
+    void closed(); ///< by its close control or by key; it is hidden already
+    void guideRequested();
+    void rescanRequested();
+
+private slots:
+    void close();
+
+private:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void make();
+    void applyMode();
+    void keepBesideItem();
+    void dismissWhenLeft();
+    MenuBarViewModel *view() const;
+
+    QQmlEngine &m_engine;
+    DaemonState &m_daemon;
+    FolderChooser &m_folderChooser;
+    QString m_versionText;
+    std::unique_ptr<QQuickWindow> m_window;
+    QRect m_item;
+    QElapsedTimer m_sinceDismissal;
+    Mode m_mode = Mode::ordinary;
+    bool m_keepsOpen = false;
+};
+
+} // namespace ostra
