@@ -40,6 +40,10 @@ FocusScope {
         id: menu
         daemon: root.daemon
         shown: root.Window.visibility !== Window.Hidden
+        songPage: (songPage.item as SongPageView)?.model ?? null
+    }
+    FocusKeeper {
+        scope: root
     }
     Shortcut {
         sequences: [StandardKey.Preferences, "Ctrl+,"]

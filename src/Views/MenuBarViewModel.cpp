@@ -5,6 +5,7 @@
 #include "Views/ProjectTexts.h"
 #include "Views/RelativeClock.h"
 #include "Views/RepoCardViewModel.h"
+#include "Views/SongPageViewModel.h"
 #include "Views/VersionsStripModel.h"
 #include "Views/WatchFolderPickerModel.h"
 
@@ -122,6 +123,19 @@ void MenuBarViewModel::setConfirmingAbletonRelaunch(bool confirming)
     }
 }
 
+SongPageViewModel *MenuBarViewModel::songPage() const
+{
+    return m_songPage;
+}
+
+void MenuBarViewModel::setSongPage(SongPageViewModel *page)
+{
+    if (m_songPage != page) {
+        m_songPage = page;
+        emit songPageChanged();
+    }
+}
+
 QString MenuBarViewModel::footerText() const
 {
     return m_daemon ? ProjectTexts::footerText(m_daemon->connectionState(),
@@ -131,7 +145,8 @@ QString MenuBarViewModel::footerText() const
 
 bool MenuBarViewModel::hasOpenText() const
 {
-    return m_confirmingAbletonRelaunch || m_songHasOpenText || m_folderPicker->isPresented() ||
+    return m_confirmingAbletonRelaunch || (m_songPage && m_songPage->hasOpenText()) ||
+           m_folderPicker->isPresented() ||
            std::ranges::any_of(m_cards, &RepoCardViewModel::hasOpenField);
 }
 
@@ -142,6 +157,8 @@ bool MenuBarViewModel::escape()
     } else if (pane() == Pane::list &&
                std::ranges::any_of(m_cards, &RepoCardViewModel::closeField)) {
         // One field is closed.
+    } else if (pane() == Pane::song && m_songPage && m_songPage->escape()) {
+        // So is one there.
     } else if (m_confirmingAbletonRelaunch) {
         setConfirmingAbletonRelaunch(false);
     } else if (m_showSettings) {

@@ -12,6 +12,7 @@
 Q_MOC_INCLUDE("DaemonState.h")
 Q_MOC_INCLUDE("Views/ProjectListModel.h")
 Q_MOC_INCLUDE("Views/RepoCardViewModel.h")
+Q_MOC_INCLUDE("Views/SongPageViewModel.h")
 Q_MOC_INCLUDE("Views/WatchFolderPickerModel.h")
 
 namespace ostra {
@@ -21,6 +22,7 @@ class FolderChooser;
 class ProjectListModel;
 class RelativeClock;
 class RepoCardViewModel;
+class SongPageViewModel;
 class WatchFolderPickerModel;
 struct ProjectRow;
 
@@ -45,8 +47,9 @@ class MenuBarViewModel : public QObject {
     Q_PROPERTY(QString openSongFile READ openSongFile NOTIFY openSongChanged)
     Q_PROPERTY(bool confirmingAbletonRelaunch READ confirmingAbletonRelaunch WRITE
                    setConfirmingAbletonRelaunch NOTIFY confirmingAbletonRelaunchChanged)
-    /// Told by the song page: whether leaving would lose typed text or an open question there.
-    Q_PROPERTY(bool songHasOpenText MEMBER m_songHasOpenText NOTIFY songHasOpenTextChanged)
+    /// The song page while there is one: what is open on it counts here too.
+    Q_PROPERTY(
+        ostra::SongPageViewModel *songPage READ songPage WRITE setSongPage NOTIFY songPageChanged)
     Q_PROPERTY(ostra::ProjectListModel *projects READ projects CONSTANT)
     Q_PROPERTY(ostra::WatchFolderPickerModel *folderPicker READ folderPicker CONSTANT)
     Q_PROPERTY(QString footerText READ footerText NOTIFY footerTextChanged)
@@ -85,6 +88,8 @@ public:
     QString openSongFile() const { return m_lastSong.filename; }
     bool confirmingAbletonRelaunch() const { return m_confirmingAbletonRelaunch; }
     void setConfirmingAbletonRelaunch(bool confirming);
+    SongPageViewModel *songPage() const;
+    void setSongPage(SongPageViewModel *page);
     ProjectListModel *projects() const { return m_projects; }
     WatchFolderPickerModel *folderPicker() const { return m_folderPicker; }
     QString footerText() const;
@@ -118,7 +123,7 @@ signals:
     void expandedRepoChanged();
     void openSongChanged();
     void confirmingAbletonRelaunchChanged();
-    void songHasOpenTextChanged();
+    void songPageChanged();
     void footerTextChanged();
     void bannerTextsChanged();
     void scrollToTopRequested();
@@ -135,6 +140,7 @@ private:
     ProjectListModel *m_projects;
     WatchFolderPickerModel *m_folderPicker;
     RelativeClock *m_clock;
+    QPointer<SongPageViewModel> m_songPage;
     QHash<QString, RepoCardViewModel *> m_cards; ///< by project identity, kept once made
     QString m_connectionProblem;
     QString m_actionProblem;
@@ -146,7 +152,6 @@ private:
     bool m_shown = false;
     bool m_showSettings = false;
     bool m_confirmingAbletonRelaunch = false;
-    bool m_songHasOpenText = false;
 };
 
 } // namespace ostra

@@ -10,6 +10,7 @@ FocusScope {
     required property DaemonState daemon
     required property string repoName
     required property string filename
+    readonly property alias model: page
 
     /// Back to the project list.
     signal back

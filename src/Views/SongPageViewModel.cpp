@@ -323,6 +323,13 @@ void SongPageViewModel::cancelSongRename()
     setRenamingSong(false);
 }
 
+bool SongPageViewModel::hasOpenText() const
+{
+    return m_renamingSong || m_renamingVariation || m_confirmingVersionDelete ||
+           m_confirmingVariationDelete || m_confirmingSongDelete ||
+           m_activePanel != ActivePanel::none;
+}
+
 bool SongPageViewModel::escape()
 {
     if (m_renamingSong) {

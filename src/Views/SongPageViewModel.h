@@ -131,6 +131,8 @@ public:
     /// Fetches the versions, the graph and the diff; a request while one runs makes one more
     /// follow.
     Q_INVOKABLE void refreshPageData();
+    /// Whether a field, a question or a panel is open.
+    bool hasOpenText() const;
     /// Closes what is open: a field, a question, a panel. False when nothing was.
     Q_INVOKABLE bool escape();
 

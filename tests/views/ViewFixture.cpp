@@ -148,13 +148,18 @@ void ViewFixture::load(const QString &qmlFile, const QVariantMap &properties)
     if (view->status() != QQuickView::Ready) {
         qFatal("%s could not be shown", qPrintable(qmlFile));
     }
-    const int tokens = qmlTypeId("Ostra.Design", 1, 0, "DS");
-    view->engine()->singletonInstance<DesignSystem *>(tokens)->setReducedMotion(true);
+    setReducedMotion(true);
     view->show();
     view->requestActivate();
     if (!QTest::qWaitForWindowActive(view.get())) {
         qFatal("the window did not become active");
     }
+}
+
+void ViewFixture::setReducedMotion(bool reduced)
+{
+    const int tokens = qmlTypeId("Ostra.Design", 1, 0, "DS");
+    view->engine()->singletonInstance<DesignSystem *>(tokens)->setReducedMotion(reduced);
 }
 
 void ViewFixture::settle()

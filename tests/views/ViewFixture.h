@@ -38,6 +38,8 @@ public:
     void show();
     /// Shows it without anybody listening.
     void showOffline();
+    /// From now on everything moves as it does for users.
+    void moveAsUsers() { setReducedMotion(false); }
     /// The service ends, and what is tried to bring it back fails.
     void loseService();
     /// Another view alone: a QML file of the views by name, with the properties it requires.
@@ -51,7 +53,10 @@ public:
     QList<QAccessibleInterface *> all(QAccessible::Role role, const QString &name = {});
     /// The one of that role and name; null when there is none, a failure when there are several.
     QAccessibleInterface *find(QAccessible::Role role, const QString &name);
-    bool has(QAccessible::Role role, const QString &name = {}) { return !all(role, name).isEmpty(); }
+    bool has(QAccessible::Role role, const QString &name = {})
+    {
+        return !all(role, name).isEmpty();
+    }
     /// The visible texts that belong to no control.
     QStringList labels();
     /// As assistive technology presses; then settles.
@@ -88,6 +93,7 @@ public:
     std::unique_ptr<QQuickView> view;
 
 private:
+    void setReducedMotion(bool reduced);
     void load(const QString &qmlFile, const QVariantMap &properties);
 };
 

@@ -34,6 +34,13 @@ private:
     {
         return view.find(QAccessible::Button, card)->state().expanded;
     }
+    static void tabTo(ViewFixture &view, const QString &name)
+    {
+        for (int i = 0; i < 20 && view.focusName() != name; ++i) {
+            view.key(Qt::Key_Tab);
+        }
+        QCOMPARE(view.focusName(), name);
+    }
     static void escape(ViewFixture &view) { view.key(Qt::Key_Escape); }
 
 private slots:
@@ -329,6 +336,51 @@ private slots:
         QVERIFY(!view.model<MenuBarViewModel>()->escape());
     }
 
+    void closingAFieldGivesTheKeyboardBack()
+    {
+        ViewFixture view;
+        view.setStatus({repo(u"Demo"_s, {SongJson{.filename = u"Mix.als"_s, .changed = true}})});
+        view.service.answer(u"song_version_create"_s, [&view](const QJsonObject &) {
+            view.setStatus({repo(u"Demo"_s, {SongJson{.filename = u"Mix.als"_s}})});
+            return Answer::ok();
+        });
+        view.show();
+        view.press(u"Demo"_s);
+        tabTo(view, u"Save"_s);
+        view.key(Qt::Key_Space);
+        QCOMPARE(view.focusName(), u"Version name"_s);
+        view.key(Qt::Key_Escape);
+        QCOMPARE(view.focusName(), u"Save"_s);
+        view.key(Qt::Key_Space);
+        view.type(u"v2"_s);
+        view.key(Qt::Key_Return);
+        QVERIFY(!view.has(QAccessible::Button, u"Save"_s)); // nothing to save any more
+        QCOMPARE(view.focusName(), u"Mix"_s);
+        tabTo(view, u"Rename project"_s);
+        view.key(Qt::Key_Space);
+        QCOMPARE(view.focusName(), u"Project name"_s);
+        view.key(Qt::Key_Escape);
+        QCOMPARE(view.focusName(), u"Demo"_s);
+    }
+
+    void escapeOnTheSongPageClosesWhatIsOpenThereFirst()
+    {
+        ViewFixture view;
+        view.setStatus({repo(u"Demo"_s, {SongJson{.filename = u"Mix.als"_s}})});
+        view.show();
+        view.press(u"Demo"_s);
+        view.press(u"Mix"_s);
+        auto *model = view.model<MenuBarViewModel>();
+        QVERIFY(!model->hasOpenText());
+        view.press(u"New variation"_s);
+        QVERIFY(model->hasOpenText());
+        QVERIFY(model->escape());
+        QCOMPARE(model->pane(), MenuBarViewModel::Pane::song);
+        QVERIFY(!model->hasOpenText());
+        QVERIFY(model->escape());
+        QCOMPARE(model->pane(), MenuBarViewModel::Pane::list);
+    }
+
     void controlAndCommaOpenTheSettings()
     {
         ViewFixture view;
@@ -430,6 +482,35 @@ private slots:
         QCOMPARE(top(u"Project 16"_s), before);
         view.press(u"Project 16"_s);
         QCOMPARE(top(u"Project 16"_s), before);
+    }
+
+    void expandingACardKeepsItsPlaceWhileItMoves()
+    {
+        ViewFixture view;
+        QJsonArray many;
+        for (int i = 0; i < 40; ++i) {
+            many.append(repo(u"Project %1"_s.arg(i), {SongJson{.filename = u"Mix.als"_s},
+                                                      SongJson{.filename = u"Intro.als"_s}}));
+        }
+        view.setStatus(many);
+        view.show();
+        auto *list = view.view->rootObject()->findChild<QQuickItem *>(u"projectList"_s);
+        list->setProperty("contentY", 600);
+        view.settle();
+        view.press(u"Project 14"_s);
+        view.moveAsUsers();
+        QAccessibleInterface *head = view.find(QAccessible::Button, u"Project 16"_s);
+        const int before = head->rect().y();
+        QList<int> tops;
+        QObject::connect(view.view.get(), &QQuickWindow::afterRendering, this,
+                         [&tops, head] { tops << head->rect().y(); });
+        head->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        // The closing strip goes when all has come to rest.
+        QVERIFY(until([&] {
+            return view.all(QAccessible::Button, u"Album versions"_s).size() == 1 &&
+                   tops.size() > 3;
+        }));
+        QCOMPARE(tops, QList<int>(tops.size(), before));
     }
 
     void aRefreshDoesNotMoveWhatIsLookedAt()

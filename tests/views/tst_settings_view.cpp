@@ -205,8 +205,8 @@ private slots:
         QCOMPARE(view.focusName(), u"Folder"_s);
         view.type(u"Mu"_s);
         QVERIFY(until([&] {
-            return view.has(QAccessible::Button, u"~/Music"_s)
-                && !view.has(QAccessible::Button, u"~/Movies"_s);
+            return view.has(QAccessible::Button, u"~/Music"_s) &&
+                   !view.has(QAccessible::Button, u"~/Movies"_s);
         }));
         view.press(u"~/Music"_s);
         QVERIFY(until([&] { return view.has(QAccessible::Button, u"~/Music/Ableton"_s); }));
