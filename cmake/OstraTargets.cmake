@@ -12,7 +12,8 @@ target_compile_definitions(ostra_options INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_URL_CAST_FROM_STRING
     QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 if(OSTRA_SANITIZE)
-    target_compile_options(ostra_options INTERFACE -Wno-maybe-uninitialized
+    target_compile_options(ostra_options INTERFACE
+        $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>
         -fsanitize=${OSTRA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(ostra_options INTERFACE -fsanitize=${OSTRA_SANITIZE})
 endif()
