@@ -43,16 +43,14 @@ public:
     }
 
 protected:
-    bool event(QEvent *event) override
+    void customEvent(QEvent * /*event*/) override
     {
         // The event queue has put the two threads in order already; the flag says so to tools that
         // cannot look into it.
-        if (event->type() != QEvent::User || !m_resolved.load(std::memory_order_acquire)) {
-            return QObject::event(event);
+        if (m_resolved.load(std::memory_order_acquire)) {
+            const Ptr self = std::move(m_self);
+            m_waiting.resume();
         }
-        const Ptr self = std::move(m_self);
-        m_waiting.resume();
-        return true;
     }
 
 private:

@@ -14,11 +14,8 @@ void Mailbox::post(Work work)
     }
 }
 
-bool Mailbox::event(QEvent *event)
+void Mailbox::customEvent(QEvent * /*event*/)
 {
-    if (event->type() != QEvent::User) {
-        return QObject::event(event);
-    }
     std::vector<Work> work;
     {
         const std::lock_guard lock(m_mutex);
@@ -28,7 +25,6 @@ bool Mailbox::event(QEvent *event)
         item();
         item = nullptr; // with everything that it holds, before the next begins
     }
-    return true;
 }
 
 } // namespace ostra

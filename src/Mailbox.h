@@ -11,8 +11,6 @@ namespace ostra {
 /// Work for the thread that it lives on, from any thread, done in the order of posting. What comes
 /// while its thread is busy costs one wake-up together.
 class Mailbox final : public QObject {
-    Q_OBJECT
-
 public:
     using Work = std::function<void()>;
 
@@ -21,7 +19,7 @@ public:
     void post(Work work);
 
 protected:
-    bool event(QEvent *event) override;
+    void customEvent(QEvent *event) override;
 
 private:
     std::mutex m_mutex;

@@ -9,10 +9,15 @@ namespace {
 using simdjson::dom::element;
 using simdjson::dom::object;
 
-QString text(const simdjson::simdjson_result<element> &value)
+QString plainText(element value)
 {
     const std::string_view view = value;
     return QString::fromUtf8(view.data(), static_cast<qsizetype>(view.size()));
+}
+
+QString text(simdjson::simdjson_result<element> value)
+{
+    return plainText(std::move(value).value());
 }
 
 qint64 number(const simdjson::simdjson_result<element> &value)
@@ -82,7 +87,7 @@ DiscoveredProject discovered(object o)
 {
     return {.path = text(o["path"]),
             .name = text(o["name"]),
-            .alsFiles = list<QString>(o["als_files"], text)};
+            .alsFiles = list<QString>(o["als_files"], plainText)};
 }
 
 SongGraphNode node(object o)
@@ -91,7 +96,7 @@ SongGraphNode node(object o)
                        .short_ = text(o["short"]),
                        .message = text(o["message"]),
                        .timestamp = number(o["timestamp"]),
-                       .parents = list<QString>(o["parents"], text),
+                       .parents = list<QString>(o["parents"], plainText),
                        .lane = number(o["lane"]),
                        .variation = text(o["variation"]),
                        .isMerge = bool(o["is_merge"]),
@@ -122,7 +127,7 @@ SongGraph bareGraph(QByteArrayView line)
     simdjson::dom::parser parser;
     const object o = parse(parser, line);
     return {.nodes = list<SongGraphNode>(o["nodes"], node),
-            .lanes = list<QString>(o["lanes"], text),
+            .lanes = list<QString>(o["lanes"], plainText),
             .current = text(o["current"])};
 }
 
