@@ -2,6 +2,7 @@
 
 #include "Core/LoginAgent.h"
 #include "Core/Projects.h"
+#include "Core/SetCommands.h"
 #include "Protocol/CommandServer.h"
 
 #include <functional>
@@ -199,6 +200,7 @@ void addCommands(CommandServer &server, Projects &projects, const LoginAgent &ag
     addSongCommands(server, projects);
     addVariationCommands(server, projects);
     addProjectCommands(server, projects);
+    addSetCommands(server, projects);
 }
 
 } // namespace ostra

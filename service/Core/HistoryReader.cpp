@@ -232,10 +232,16 @@ Outcome<std::optional<ObjectId>> HistoryReader::resolve(const SongSnapshot &song
     if (!found) {
         return tl::unexpected(found.error());
     }
-    const auto match = std::ranges::find_if(
-        *found, [&](const ObjectId &id) { return id.hex().startsWith(revision); });
+    const auto begins = [&](const ObjectId &id) {
+        return id.hex().startsWith(revision);
+    };
+    const auto match = std::ranges::find_if(*found, begins);
     if (match == found->end()) {
         return unknown();
+    }
+    if (std::any_of(std::next(match), found->end(), begins)) {
+        return failure(
+            QStringLiteral("Several states of this song begin with “%1”.").arg(revision));
     }
     return *match;
 }

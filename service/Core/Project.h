@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Core/Snapshot.h"
+#include "Models/MergeRecords.h"
+#include "Sets/SetMerge.h"
 #include "Store/AtomicFile.h"
 #include "Store/History.h"
 #include "Store/ProjectFile.h"
@@ -15,6 +17,13 @@
 #include <optional>
 
 namespace ostra {
+
+class HistoryReader;
+struct PendingMerge;
+
+/// The files of two saves and of the last one that both build on. Fails when they have none.
+Outcome<MergeInputs> mergeInputs(HistoryReader &reader, const QString &file, const ObjectId &into,
+                                 const ObjectId &from);
 
 /// One tracked project: its sets on disk and its history, and everything that may be done to them.
 /// Called by one thread at a time (its strand); every call ends with the disk in a whole state and
@@ -77,9 +86,16 @@ public:
     Outcome<void> createAlbum(const QString &name, const std::optional<QString> &note);
     Outcome<void> restoreAlbum(const QString &name);
 
-    /// The merged content becomes the song's next save, with both variations as its parents.
-    Outcome<void> applyMerge(const QString &file, const QString &from, const QByteArray &merged,
-                             const QString &message);
+    // Merging (ProjectMerge.cpp).
+    /// Merges a variation into the current one. What is merged becomes the song's next save, with
+    /// both variations as its parents; while a pick is open nothing is touched and the decisions
+    /// wait. Fails when the plan that they were made on has changed.
+    Outcome<MergeResult> merge(const QString &file, const QString &from, const QString &into,
+                               const MergeDecisions &decisions);
+    PendingMergeState pendingMerge() const;
+    /// "TakeLeft" takes the other variation's state, "TakeRight" keeps the current one's.
+    Outcome<void> resolveConflict(const QString &conflict, const QString &choice);
+    Outcome<void> abortMerge();
 
     /// The history for reading, valid after load().
     const History &history() const { return *m_history; }
@@ -131,6 +147,12 @@ private:
     Outcome<void> rewriteOne(const PendingRewrite &target);
     Outcome<void> keepReplaced(const QString &file, const ReplacedFile &replaced);
     Outcome<void> moveHead(const PendingRewrite &target);
+
+    /// `onto` is the save that was merged into.
+    Outcome<void> applyMerge(const QString &file, const QString &from, const QByteArray &merged,
+                             const QString &message, const ObjectId &onto);
+    Outcome<MergeResult> continueMerge(PendingMerge merge);
+    QString mergePath() const { return ostraFolder() + QLatin1String("/merge.json"); }
 
     // Shared.
     Outcome<Song *> findSong(const QString &file);

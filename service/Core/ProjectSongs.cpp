@@ -245,7 +245,8 @@ Outcome<void> Project::deleteSong(const QString &file)
 }
 
 Outcome<void> Project::applyMerge(const QString &file, const QString &from,
-                                  const QByteArray &merged, const QString &message)
+                                  const QByteArray &merged, const QString &message,
+                                  const ObjectId &onto)
 {
     const auto song = findSong(file);
     if (!song) {
@@ -262,6 +263,10 @@ Outcome<void> Project::applyMerge(const QString &file, const QString &from,
     }
     if (const auto kept = keepOrFail(file); !kept) {
         return kept;
+    }
+    if (m_songs[file].tip.id != onto) {
+        return failure(QStringLiteral(
+            "The song has changed since this merge was planned. Plan the merge again."));
     }
     const auto tree = m_history->store(image);
     if (!tree) {
