@@ -127,8 +127,8 @@ int indexIn(const QList<QQuickItem *> &items, const QAccessibleInterface *child)
 
 QAccessibleInterface *topmostAt(const QList<QQuickItem *> &items, int x, int y)
 {
-    for (auto item = items.crbegin(); item != items.crend(); ++item) {
-        QAccessibleInterface *found = QAccessible::queryAccessibleInterface(*item);
+    for (qsizetype i = items.size(); i-- > 0;) {
+        QAccessibleInterface *found = QAccessible::queryAccessibleInterface(items[i]);
         if (QAccessibleInterface *inner = found->childAt(x, y)) {
             return inner;
         }

@@ -21,6 +21,15 @@ DSHelp::DSHelp(QObject *parent) : QObject(parent)
     if (auto *host = qobject_cast<QQuickItem *>(parent)) {
         host->setAcceptHoverEvents(true);
         host->installEventFilter(this);
+        // What goes away under the pointer is not told that the pointer left.
+        connect(host, &QQuickItem::visibleChanged, this, &DSHelp::hide);
+    }
+}
+
+DSHelp::~DSHelp()
+{
+    if (m_shownBy) {
+        QMetaObject::invokeMethod(m_shownBy, "close");
     }
 }
 
@@ -98,6 +107,7 @@ void DSHelp::show()
 void DSHelp::hide()
 {
     m_delay.stop();
+    // The tip may meanwhile speak for another item.
     if (m_shownBy && m_shownBy->property("parent").value<QQuickItem *>() == item()) {
         QMetaObject::invokeMethod(m_shownBy, "close");
     }

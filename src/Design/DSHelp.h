@@ -17,6 +17,7 @@ class DSHelp : public QObject {
 
 public:
     explicit DSHelp(QObject *parent);
+    ~DSHelp() override;
     static DSHelp *qmlAttachedProperties(QObject *object) { return new DSHelp(object); }
 
     QString text() const { return m_text; }

@@ -147,6 +147,7 @@ private slots:
     void anUnchangedSongHasADimMarkAndNoSquare();
     void aChangedSongHasABrightMarkWithASquare();
     void helpShowsWhileThePointerRests();
+    void helpGoesWithItsItem();
     void revealedContentExistsOnlyWhileShown();
     void underReducedMotionContentIsThereAtOnce();
     void aFieldSubmitsWithReturnAndCancelsWithEscape();
@@ -462,6 +463,18 @@ void TestComponents::helpShowsWhileThePointerRests()
     QTRY_VERIFY(tip() != nullptr && tip()->property("opened").toBool());
     QCOMPARE(tip()->property("text").toString(), QStringLiteral("Settings"));
     QTest::mouseMove(stage.window(), {290, 190});
+    QTRY_VERIFY(!tip()->property("visible").toBool());
+}
+
+void TestComponents::helpGoesWithItsItem()
+{
+    const Stage stage("DSIconButton { symbol: 'gear'; help: 'Settings' }");
+    const auto tip = [&] {
+        return stage.window()->property("_ostraToolTip").value<QObject *>();
+    };
+    stage.hover();
+    QTRY_VERIFY(tip() != nullptr && tip()->property("opened").toBool());
+    stage.subject()->setVisible(false);
     QTRY_VERIFY(!tip()->property("visible").toBool());
 }
 

@@ -16,10 +16,8 @@ class PortalDisplayPreferences final : public DisplayPreferences {
 public:
     explicit PortalDisplayPreferences(const QDBusConnection &bus, QObject *parent = nullptr);
 
-private slots:
-    void settingChanged(const QString &space, const QString &key, const QDBusVariant &value);
-
 private:
+    Q_SLOT void settingChanged(const QString &space, const QString &key, const QDBusVariant &value);
     void readAll();
     void apply();
 
