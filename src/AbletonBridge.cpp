@@ -35,7 +35,7 @@ QCoro::Task<Outcome> quit(HostApplications &host, Scheduler &scheduler)
     if (running.empty()) {
         co_return Outcome{};
     }
-    const auto live = running.front();
+    const auto &live = running.front();
     live->terminate();
     const auto deadline = scheduler.now() + kQuitDeadline;
     while (!live->isTerminated()) {

@@ -33,6 +33,7 @@ Column {
 
         content: SongNameField {
             placeholder: "Version name"
+            editing: root.page.activePanel === SongPageViewModel.ActivePanel.naming
             text: root.page.nameFieldText
             onEdited: text => root.page.nameFieldText = text
             onSubmitted: root.page.submitName()

@@ -6,6 +6,8 @@ Item {
     id: root
 
     required property string question
+    /// False while it leaves: what can be pressed goes at once.
+    property bool asking: true
 
     signal confirmed
     signal cancelled
@@ -25,6 +27,7 @@ Item {
     }
     Row {
         id: answers
+        visible: root.asking
         anchors.right: parent.right
         anchors.rightMargin: DS.gutter
         anchors.top: words.bottom

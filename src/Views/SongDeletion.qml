@@ -22,6 +22,7 @@ Column {
 
             DSButton {
                 id: remove
+                visible: !root.page.confirmingSongDelete
                 x: DS.gutter
                 y: 4
                 title: "Delete"
@@ -42,6 +43,7 @@ Column {
 
         content: SongDeleteQuestion {
             question: root.page.deleteSongQuestion
+            asking: root.page.confirmingSongDelete
             onConfirmed: root.page.performSongDelete()
             onCancelled: root.page.closeDeleteConfirms()
         }

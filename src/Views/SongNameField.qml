@@ -7,6 +7,8 @@ Item {
 
     required property string placeholder
     property string text
+    /// False while it leaves: what can be pressed goes at once.
+    property bool editing: true
 
     signal edited(text: string)
     signal submitted
@@ -16,6 +18,7 @@ Item {
 
     DSTextField {
         id: field
+        visible: root.editing
         anchors.left: parent.left
         anchors.leftMargin: DS.gutter
         anchors.right: cancel.left
@@ -31,6 +34,7 @@ Item {
     }
     DSButton {
         id: cancel
+        visible: root.editing
         anchors.right: parent.right
         anchors.rightMargin: DS.gutter
         y: 4

@@ -36,6 +36,7 @@ Column {
 
         content: SongNameField {
             placeholder: "Variation name"
+            editing: root.page.activePanel === SongPageViewModel.ActivePanel.branching
             text: root.page.nameFieldText
             onEdited: text => root.page.nameFieldText = text
             onSubmitted: root.page.submitBranch()

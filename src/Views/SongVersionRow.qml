@@ -35,6 +35,7 @@ Column {
             }
             Row {
                 id: tools
+                visible: !root.isConfirming
                 anchors.right: parent.right
                 anchors.rightMargin: DS.gutter - 5
                 anchors.verticalCenter: parent.verticalCenter
@@ -73,6 +74,7 @@ Column {
 
         content: SongDeleteQuestion {
             question: root.question
+            asking: root.isConfirming
             onConfirmed: root.confirmDelete()
             onCancelled: root.cancelDelete()
         }

@@ -52,6 +52,7 @@ Column {
             }
             Row {
                 id: tools
+                visible: !root.isConfirming && !root.isRenaming
                 anchors.right: parent.right
                 anchors.rightMargin: root.deletable ? DS.gutter - 5 : DS.gutter - 4
                 anchors.verticalCenter: parent.verticalCenter
@@ -94,6 +95,7 @@ Column {
         content: SongNameField {
             placeholder: "Variation name"
             text: root.renameText
+            editing: root.isRenaming
             onEdited: text => root.renameEdited(text)
             onSubmitted: root.submitRename()
             onCancelled: root.cancelRename()
@@ -105,6 +107,7 @@ Column {
 
         content: SongDeleteQuestion {
             question: root.question
+            asking: root.isConfirming
             onConfirmed: root.confirmDelete()
             onCancelled: root.cancelDelete()
         }

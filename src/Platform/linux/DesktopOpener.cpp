@@ -15,6 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <utility>
@@ -99,14 +100,11 @@ private:
 /// error number.
 int spawn(const QStringList &arguments, int complaints, pid_t &pid)
 {
-    std::vector<QByteArray> bytes;
-    for (const auto &argument : arguments) {
-        bytes.push_back(QFile::encodeName(argument));
-    }
+    QByteArrayList bytes;
+    std::ranges::transform(arguments, std::back_inserter(bytes), &QFile::encodeName);
     std::vector<char *> pointers;
-    for (auto &argument : bytes) {
-        pointers.push_back(argument.data());
-    }
+    std::ranges::transform(bytes, std::back_inserter(pointers),
+                           [](QByteArray &argument) { return argument.data(); });
     pointers.push_back(nullptr);
 
     posix_spawn_file_actions_t files;
