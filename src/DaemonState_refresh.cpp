@@ -4,6 +4,7 @@
 #include "WatchPathListModel.h"
 
 #include <QPointer>
+#include <QThreadPool>
 
 #include <algorithm>
 
@@ -36,6 +37,16 @@ RepoViewModel toViewModel(RepoStatus status, qint64 lastDeltaCount)
         .createdAt = status.createdAt,
         .lastDeltaCount = lastDeltaCount,
     };
+}
+
+/// Freeing the hundred thousand pieces of a large reply takes longer than comparing them, and
+/// nobody has to wait for it.
+void discardElsewhere(QList<RepoStatus> repos)
+{
+    constexpr qsizetype kMany = 100;
+    if (repos.size() > kMany) {
+        QThreadPool::globalInstance()->start([repos = std::move(repos)] {});
+    }
 }
 
 } // namespace
@@ -110,6 +121,7 @@ void DaemonState::take(Reply::Status status)
                                     known >= 0 ? repos().at(known).lastDeltaCount : 0));
         }
     }
+    discardElsewhere(std::move(status.repos));
     if (m_repos->setRows(std::move(rows))) {
         assign(m_isDirty, std::ranges::any_of(repos(), &RepoViewModel::isDirty),
                &DaemonState::isDirtyChanged);
