@@ -599,12 +599,13 @@ void DaemonStateRefreshTest::aBurstOfSavesSendsTwoRefreshesAndKeepsMemoryFlat()
         const int expected = saves + count;
         return until([&] { return saves == expected; });
     };
-    QVERIFY(burst(100));
+    QVERIFY(burst(10'000)); // fills the buffers that are kept
     const std::optional<qint64> before = heapInUse();
     QVERIFY(burst(10'000));
     if (before) {
-        QVERIFY2(*heapInUse() - *before < 64 * 1024,
-                 qPrintable(QString::number(*heapInUse() - *before)));
+        // A suspended coroutine for each would take megabytes.
+        const qint64 growth = *heapInUse() - *before;
+        QVERIFY2(growth < 256 * 1024, qPrintable(QString::number(growth)));
     }
     QCOMPARE(world.statusRequests(), 1);
     world.service.release();
