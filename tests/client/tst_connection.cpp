@@ -1,4 +1,5 @@
 #include "ClientFixture.h"
+#include "Mailbox.h"
 
 #include <QDir>
 #include <QFile>
@@ -346,6 +347,7 @@ private slots:
 
     void whatWaitsWhenTheClientEndsFails()
     {
+        service->answer(u"merge_pending"_s, Answer::silence());
         QVERIFY(connect());
         EventStream events = client->eventStream();
         auto waiting = send("silence");
@@ -371,12 +373,11 @@ private slots:
     void aStateChangeMayAskForTheNextConnection()
     {
         // As the store does: it hops to its own thread and connects again.
-        QObject here;
+        Mailbox here;
         std::optional<Outcome<bool>> again;
         client->setOnStateChange([&](bool connected) {
             if (!connected) {
-                QMetaObject::invokeMethod(
-                    &here, [&] { again.emplace(client->connect()); }, Qt::QueuedConnection);
+                here.post([&] { again.emplace(client->connect()); });
             }
         });
         QVERIFY(connect());
