@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Ostra.Design
 import Ostra.Views
@@ -46,19 +48,17 @@ Column {
             help: "Rename song"
             onClicked: root.page.startSongRename()
         }
-        Loader {
+        SongNameField {
             anchors.left: backButton.right
             anchors.leftMargin: 4 - DS.gutter
             anchors.right: parent.right
             anchors.verticalCenter: parent.verticalCenter
-            active: root.page.renamingSong
-            sourceComponent: SongNameField {
-                placeholder: "Song name"
-                text: root.page.songRenameText
-                onEdited: text => root.page.songRenameText = text
-                onSubmitted: root.page.performSongRename()
-                onCancelled: root.page.cancelSongRename()
-            }
+            visible: root.page.renamingSong
+            placeholder: "Song name"
+            text: root.page.songRenameText
+            onEdited: text => root.page.songRenameText = text
+            onSubmitted: root.page.performSongRename()
+            onCancelled: root.page.cancelSongRename()
         }
     }
     DSText {
