@@ -65,6 +65,7 @@ void MainWindow::applyMode()
     if (!m_window) {
         return;
     }
+    m_window->setProperty("docked", m_mode == Mode::docked);
     const bool wasVisible = m_window->isVisible();
     const Qt::WindowFlags flags =
         m_mode == Mode::docked ? Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint

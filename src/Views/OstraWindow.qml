@@ -12,6 +12,8 @@ Window {
 
     required property DaemonState daemon
     required property string versionText
+    /// Without a frame of the desktop's, so it draws its own edge.
+    property bool docked: false
     readonly property MenuBarViewModel navigation: views.model
 
     signal closeRequested
@@ -38,6 +40,13 @@ Window {
             daemon: root.daemon
             versionText: root.versionText
         }
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        visible: root.docked
+        color: "transparent"
+        border.color: DS.color.line
     }
 
     Shortcut {
