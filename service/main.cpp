@@ -39,6 +39,7 @@ void forwardSignals(Daemon &daemon)
         ::sigaction(number, &action, nullptr);
     }
     ::signal(SIGPIPE, SIG_IGN);
+    ::signal(SIGXFSZ, SIG_IGN); // a file that may not grow is an error to tell, not an end
 }
 
 } // namespace
@@ -55,10 +56,37 @@ int main(int argc, char **argv)
         QStringLiteral("Records every save of your Ableton Live sets and brings it back."));
     parser.addHelpOption();
     parser.addVersionOption();
+    const QCommandLineOption check(QStringLiteral("check"),
+                                   QStringLiteral("Verify the whole history of a project."),
+                                   QStringLiteral("project"));
+    const QCommandLineOption exporting(
+        QStringLiteral("export"),
+        QStringLiteral("Write every save of a project as a set file into <folder>."),
+        QStringLiteral("project"));
+    const QCommandLineOption packAfter(
+        QStringLiteral("pack-after"),
+        QStringLiteral("Quiet seconds before a history is packed, however busy the machine is."),
+        QStringLiteral("seconds"));
+    parser.addOptions({check, exporting, packAfter});
+    parser.addPositionalArgument(QStringLiteral("folder"), QStringLiteral("Where to export to."),
+                                 QStringLiteral("[folder]"));
     parser.process(app);
+    if (parser.isSet(check)) {
+        return Inspect::check(parser.value(check), stdout);
+    }
+    if (parser.isSet(exporting)) {
+        if (parser.positionalArguments().size() != 1) {
+            parser.showHelp(2);
+        }
+        return Inspect::exportAll(parser.value(exporting), parser.positionalArguments().first(),
+                                  stdout);
+    }
 
-    Daemon daemon(
-        {QDir::homePath(), QFileInfo(QCoreApplication::applicationFilePath()).filePath()});
+    Daemon::Options options{QDir::homePath(), QCoreApplication::applicationFilePath(), {}};
+    if (parser.isSet(packAfter)) {
+        options.packAfterMs = static_cast<int>(1000 * parser.value(packAfter).toDouble());
+    }
+    Daemon daemon(options);
     switch (daemon.start()) {
     case Daemon::Start::alreadyRunning:
         return 0;

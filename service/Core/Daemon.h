@@ -8,6 +8,7 @@
 #include <QObject>
 
 #include <memory>
+#include <optional>
 
 namespace ostra {
 
@@ -20,7 +21,7 @@ public:
     struct Options {
         QString home;
         QString program; ///< started at log-in
-        int packAfterMs = 60'000;
+        std::optional<int> packAfterMs; ///< without it: when the machine is idle
     };
     enum class Start { running, alreadyRunning, failed };
 

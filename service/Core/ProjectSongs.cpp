@@ -190,7 +190,6 @@ Outcome<QString> Project::renameSong(const QString &file, const QString &to)
     if (!done) {
         return tl::unexpected(done.error());
     }
-    m_songs[*target].isPresent = true;
     writeStamps();
     tell();
     return target;
@@ -203,6 +202,7 @@ Outcome<void> Project::moveSong(const QString &from, const QString &to)
         return moved;
     }
     m_songs.insert(to, m_songs.take(from));
+    m_songs[to].isPresent = stampOf(path(to)).exists();
     m_file.songs.removeIf([&](const SongEntry &song) { return song.file == to; });
     entry(from).file = to;
     return renameInAlbums([&](AlbumEntry &album) {

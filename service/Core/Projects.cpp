@@ -31,6 +31,7 @@ constexpr int kNotWholeAfterMs = 2'000;
 constexpr int kFirstRetryMs = 30'000;
 constexpr int kLongestRetryMs = 600'000;
 constexpr qint64 kTrashKeptSeconds = 30LL * 24 * 3600;
+constexpr int kPackAfterMs = 60'000;
 constexpr int kBusyMachineMs = 300'000;
 constexpr qint64 kInitRecordingMs = 5'000;
 
@@ -106,7 +107,7 @@ Projects::Projects(Options options, QObject *parent)
     m_idle.setInterval(2'000);
     connect(&m_idle, &QTimer::timeout, this, &Projects::idle);
     m_tidy.setSingleShot(true);
-    m_tidy.setInterval(m_options.packAfterMs);
+    m_tidy.setInterval(m_options.packAfterMs.value_or(kPackAfterMs));
     connect(&m_tidy, &QTimer::timeout, this, &Projects::tidy);
     m_packer.setMaxThreadCount(1);
     m_packer.setThreadPriority(QThread::IdlePriority);
@@ -738,11 +739,12 @@ void Projects::busy()
 void Projects::tidy()
 {
     double load = 0;
-    if (::getloadavg(&load, 1) == 1 && load > QThread::idealThreadCount()) {
-        m_tidy.start(std::max(m_options.packAfterMs, kBusyMachineMs));
+    const bool isBusy = ::getloadavg(&load, 1) == 1 && load > QThread::idealThreadCount();
+    if (isBusy && !m_options.packAfterMs) {
+        m_tidy.start(kBusyMachineMs);
         return;
     }
-    m_tidy.setInterval(m_options.packAfterMs);
+    m_tidy.setInterval(m_options.packAfterMs.value_or(kPackAfterMs));
     for (const TrackedPtr &tracked : std::as_const(m_tracked)) {
         if (!tracked->isMissing && std::exchange(tracked->mayBePacked, false)) {
             pack(tracked);

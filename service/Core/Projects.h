@@ -17,6 +17,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace ostra {
 
@@ -30,7 +31,7 @@ public:
     struct Options {
         QString home;             ///< looked through for projects
         QString settingsPath;     ///< what is remembered between runs
-        int packAfterMs = 60'000; ///< quiet time after which a history is packed
+        std::optional<int> packAfterMs; ///< without it: when the machine is idle
     };
 
     explicit Projects(Options options, QObject *parent = nullptr);
