@@ -32,7 +32,7 @@ Json ServiceConnection::reply(int timeoutMs)
 {
     const QDeadlineTimer deadline(timeoutMs);
     while (m_replies.isEmpty()) {
-        if (!readMore(static_cast<int>(deadline.remainingTime()))) {
+        if (!readFor(static_cast<int>(deadline.remainingTime()))) {
             return {};
         }
     }
@@ -43,7 +43,7 @@ Json ServiceConnection::event(int timeoutMs)
 {
     const QDeadlineTimer deadline(timeoutMs);
     while (m_events.isEmpty()) {
-        if (!readMore(static_cast<int>(deadline.remainingTime()))) {
+        if (!readFor(static_cast<int>(deadline.remainingTime()))) {
             return {};
         }
     }
@@ -61,7 +61,7 @@ Json ServiceConnection::save(int timeoutMs)
     }
 }
 
-bool ServiceConnection::readMore(int timeoutMs)
+bool ServiceConnection::readFor(int timeoutMs)
 {
     if (m_socket.bytesAvailable() == 0 && !m_socket.waitForReadyRead(std::max(timeoutMs, 0))) {
         return false;
@@ -82,7 +82,7 @@ ServiceProcess::~ServiceProcess()
     kill();
 }
 
-bool ServiceProcess::start()
+bool ServiceProcess::start(const QStringList &arguments)
 {
     m_process = std::make_unique<QProcess>();
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -91,7 +91,7 @@ bool ServiceProcess::start()
     environment.remove(QStringLiteral("XDG_DATA_HOME"));
     m_process->setProcessEnvironment(environment);
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process->start(QStringLiteral(OSTRA_DAEMON), QStringList());
+    m_process->start(QStringLiteral(OSTRA_DAEMON), arguments);
     return m_process->waitForStarted();
 }
 

@@ -37,10 +37,10 @@ public:
     Json event(int timeoutMs = 5'000);
     /// Waits for a recorded save.
     Json save(int timeoutMs = 5'000);
+    /// Takes in what comes; false if nothing came in time.
+    bool readFor(int timeoutMs);
 
 private:
-    bool readMore(int timeoutMs);
-
     QLocalSocket m_socket;
     QByteArray m_buffer;
     QList<Json> m_replies;
@@ -53,7 +53,7 @@ public:
     ServiceProcess();
     ~ServiceProcess();
 
-    bool start();
+    bool start(const QStringList &arguments = {});
     void kill(); ///< as hard as the system can
     bool stop(); ///< by "shutdown"; true if it ended by itself with 0
     bool isRunning() const { return m_process && m_process->state() == QProcess::Running; }
