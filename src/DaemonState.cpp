@@ -32,8 +32,7 @@ DaemonState::DaemonState(Environment environment, std::unique_ptr<DaemonClient> 
 {
     // The client calls from its own thread; the calls arrive here in the same order.
     m_client->setOnStateChange([this](bool connected) {
-        QMetaObject::invokeMethod(
-            this, [this, connected] { onConnectionChange(connected); }, Qt::QueuedConnection);
+        m_connectionChanges.post([this, connected] { onConnectionChange(connected); });
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include "AbletonNotice.h"
 #include "DaemonClient.h"
+#include "Mailbox.h"
 #include "Platform/ProcessLauncher.h"
 #include "Platform/Scheduler.h"
 #include "RepoViewModel.h"
@@ -206,6 +207,7 @@ private:
     std::optional<QString> m_lastActionError;
     std::optional<AbletonNotice> m_abletonNotice;
     bool m_abletonRelaunchInFlight = false;
+    Mailbox m_connectionChanges;
     std::unique_ptr<DaemonClient> m_client;
 
     // A loop runs as long as the store holds it; letting go of it cancels it.
