@@ -11,8 +11,27 @@ namespace {
 
 constexpr qreal kStroke = 1.5;
 constexpr qreal kLabelWidth = 160;
+constexpr qreal kLabelX = 14;
 /// Room that a revealed save keeps to the pane's edges.
 constexpr qreal kRevealMargin = 40;
+
+/// Line by line: one path of many that cross costs far more than each of them alone.
+void paintEdges(QPainter &painter, const QPainterPath &edges)
+{
+    QList<QLineF> lines;
+    for (int i = 0; i + 1 < edges.elementCount(); ++i) {
+        const QPainterPath::Element start = edges.elementAt(i);
+        const QPainterPath::Element next = edges.elementAt(i + 1);
+        if (next.isLineTo()) {
+            lines.append({start, next});
+        } else if (next.isCurveTo()) {
+            QPainterPath curve(start);
+            curve.cubicTo(next, edges.elementAt(i + 2), edges.elementAt(i + 3));
+            painter.drawPath(curve);
+        }
+    }
+    painter.drawLines(lines);
+}
 
 void paintDot(QPainter &painter, const CommitGraphLayout &layout, const CommitGraphStyle &style,
               qsizetype node)
@@ -47,7 +66,7 @@ void paintCommitGraph(QPainter &painter, const CommitGraphLayout &layout,
     for (const EdgeSet set : {EdgeSet::offCurrentLane, EdgeSet::onCurrentLane}) {
         const QColor color = set == EdgeSet::onCurrentLane ? style.grey : style.greyDim;
         painter.setPen(QPen(color, kStroke, Qt::SolidLine, Qt::FlatCap));
-        painter.drawPath(layout.edges(set, touched));
+        paintEdges(painter, layout.edges(set, touched));
     }
     const auto [first, last] = layout.nodesBetween(area.left(), area.right());
     const qreal reach = layout.metrics().mergeRadius + kStroke;
@@ -349,7 +368,7 @@ void CommitGraphItem::paintLaneLabels(QPainter &painter) const
     veil.setAlphaF(0.85F);
     painter.setFont(m_style.labelFont);
     for (int lane = 0; lane < lanes.size(); ++lane) {
-        const QRectF frame(6, layout.laneY(lane) - m_content.y() - 18, kLabelWidth, 12);
+        const QRectF frame(kLabelX, layout.laneY(lane) - m_content.y() - 18, kLabelWidth, 12);
         if (frame.bottom() < 0 || frame.top() > height()) {
             continue;
         }

@@ -1,6 +1,8 @@
 #include "Views/CommitGraphLayout.h"
 
 #include <QHash>
+#include <QPoint>
+#include <QSet>
 
 #include <algorithm>
 #include <cmath>
@@ -10,6 +12,8 @@ namespace ostra {
 namespace {
 
 constexpr size_t kBlock = 64;
+/// Of a curve so many times as wide as the area, the part inside is straight to a fifth of a point.
+constexpr qreal kStraightFrom = 64;
 /// How far a pointer may miss a dot.
 constexpr qreal kReach = 10;
 /// A lane beyond this is bad data; the drawing stays finite.
@@ -159,6 +163,7 @@ QPainterPath CommitGraphLayout::edges(EdgeSet set, const QRectF &area) const
     const qreal from = (area.left() - m_metrics.leadInset) / spacing;
     const qreal to = (area.right() - m_metrics.leadInset) / spacing;
     const bool wantCurrent = set == EdgeSet::onCurrentLane;
+    QSet<QPoint> spanned;
     for (size_t block = 0; block < m_blockReach.size(); ++block) {
         const size_t first = block * kBlock;
         if (std::min(m_edges[first].parent, m_edges[first].child) > to) {
@@ -171,14 +176,15 @@ QPainterPath CommitGraphLayout::edges(EdgeSet set, const QRectF &area) const
         for (size_t i = first; i < end; ++i) {
             const auto [low, high] = std::minmax(m_edges[i].parent, m_edges[i].child);
             if (low <= to && high >= from && isOnCurrentLane(m_edges[i].child) == wantCurrent) {
-                addEdge(path, m_edges[i], area);
+                addEdge(path, m_edges[i], area, spanned);
             }
         }
     }
     return path;
 }
 
-void CommitGraphLayout::addEdge(QPainterPath &path, const Edge &edge, const QRectF &area) const
+void CommitGraphLayout::addEdge(QPainterPath &path, const Edge &edge, const QRectF &area,
+                                QSet<QPoint> &spanned) const
 {
     const QPointF parent = placed(edge.parent);
     const QPointF child = placed(edge.child);
@@ -204,6 +210,19 @@ void CommitGraphLayout::addEdge(QPainterPath &path, const Edge &edge, const QRec
         curve = curve.part(parameterAt(u1), parameterAt(u2));
         if (!coversHeight(curve.start.y(), curve.end.y(), area)) {
             return;
+        }
+        if (left < area.left() && right > area.right()) {
+            // Long lines lie close together: those that cannot be told apart are one.
+            const QPoint ends(qRound(2 * curve.start.y()), qRound(2 * curve.end.y()));
+            if (spanned.contains(ends)) {
+                return;
+            }
+            spanned.insert(ends);
+            if (right - left > kStraightFrom * area.width()) {
+                path.moveTo(curve.start);
+                path.lineTo(curve.end);
+                return;
+            }
         }
     }
     path.moveTo(curve.start);

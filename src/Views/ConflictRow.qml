@@ -42,11 +42,27 @@ Item {
         font: DS.mono(9)
         color: DS.color.greyDim
     }
-    Loader {
+    DSDelayedSpinner {
+        x: DS.gutter
+        y: 60
+        visible: root.isResolving
+    }
+    Row {
         x: DS.gutter
         y: 54
-        height: 28
-        sourceComponent: root.isResolving ? waiting : choices
+        spacing: 8
+        visible: !root.isResolving
+
+        DSButton {
+            title: "Take"
+            style: DSButton.Ghost
+            onClicked: root.take()
+        }
+        DSButton {
+            title: "Keep"
+            style: DSButton.Ghost
+            onClicked: root.keep()
+        }
     }
     DSText {
         id: problem
@@ -58,29 +74,5 @@ Item {
         font: DS.mono(9)
         color: DS.color.danger
         DSHelp.text: problem.truncated ? root.errorMessage : ""
-    }
-    Component {
-        id: waiting
-        Item {
-            DSDelayedSpinner {
-                anchors.verticalCenter: parent.verticalCenter
-            }
-        }
-    }
-    Component {
-        id: choices
-        Row {
-            spacing: 8
-            DSButton {
-                title: "Take"
-                style: DSButton.Ghost
-                onClicked: root.take()
-            }
-            DSButton {
-                title: "Keep"
-                style: DSButton.Ghost
-                onClicked: root.keep()
-            }
-        }
     }
 }

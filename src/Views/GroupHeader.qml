@@ -7,14 +7,8 @@ DSRowButton {
 
     required property string title
     required property string count
-
-    name: root.title
-    description: root.count
-    expandable: true
-    topPadding: 0
-    bottomPadding: 0
-
-    contentItem: Item {
+    property bool hasDivider: false
+    readonly property Item body: Item {
         DSSymbol {
             id: arrow
             anchors.verticalCenter: parent.verticalCenter
@@ -47,5 +41,18 @@ DSRowButton {
             color: DS.color.greyDim
             decorative: true
         }
+    }
+
+    name: root.title
+    description: root.count
+    expandable: true
+    topPadding: 0
+    bottomPadding: 0
+    contentItem: root.body
+
+    DSDivider {
+        x: DS.gutter
+        width: root.width - 2 * DS.gutter
+        visible: root.hasDivider
     }
 }

@@ -1,19 +1,28 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Ostra.Design
 
-/// A spinner that takes its time to appear, beside what is being done.
-Row {
+/// While `shown`: a spinner that takes its time to appear, beside what is being done.
+Item {
     id: root
 
-    required property string text
+    property string text
+    property bool shown: true
 
-    height: 24
-    spacing: 8
+    implicitHeight: 24
+    visible: root.shown
 
     DSDelayedSpinner {
+        id: spinner
+        x: DS.gutter
         anchors.verticalCenter: parent.verticalCenter
     }
     DSText {
+        anchors.left: spinner.right
+        anchors.leftMargin: 8
+        anchors.right: parent.right
+        anchors.rightMargin: DS.gutter
         height: root.height
         text: root.text
         color: DS.color.grey

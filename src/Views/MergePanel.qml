@@ -11,21 +11,25 @@ Item {
     required property string repoName
     required property string song
     /// An apply is being sent. A panel that is closed meanwhile takes no further part in it.
-    property bool applyInFlight: panel.applyInFlight
+    property bool applyInFlight: root.panel.applyInFlight
 
-    signal merged
-
-    implicitWidth: 360
-    implicitHeight: header.height + body.height
-    Component.onDestruction: root.applyInFlight = false
-
-    MergePanelModel {
-        id: panel
+    readonly property MergePanelModel panel: MergePanelModel {
         daemon: root.daemon
         repoName: root.repoName
         song: root.song
         onMerged: root.merged()
     }
+
+    signal merged
+
+    function viewOf(panelCase: int): Component {
+        return [review, summary, result, error, idle, loading, loading][panelCase];
+    }
+
+    implicitWidth: 360
+    implicitHeight: header.height + body.height
+    Component.onDestruction: root.applyInFlight = false
+
     Item {
         id: header
         width: root.width
@@ -45,36 +49,52 @@ Item {
             anchors.right: parent.right
             anchors.rightMargin: DS.gutter
             height: header.height
-            text: panel.title
+            text: root.panel.title
             color: DS.color.grey
-            DSHelp.text: title.truncated ? panel.title : ""
+            DSHelp.text: title.truncated ? root.panel.title : ""
         }
     }
     Item {
         id: body
+
+        property Item shown: null
+        property bool opened: false
+
+        function follow(): void {
+            body.shown?.destroy();
+            body.shown = root.viewOf(root.panel.panelCase).createObject(body) as Item;
+            body.shown.width = Qt.binding(() => body.width);
+            appearing.restart();
+        }
+
         y: header.height
         width: root.width
-        height: content.implicitHeight
+        height: body.shown?.implicitHeight ?? 0
         clip: sizing.running
+        Component.onCompleted: {
+            body.follow();
+            body.opened = true;
+        }
 
+        Connections {
+            target: root.panel
+            function onPanelCaseChanged(): void {
+                body.follow();
+            }
+        }
         Behavior on height {
+            enabled: body.opened
+
             DSPanelAnimation {
                 id: sizing
             }
         }
-        Loader {
-            id: content
-            width: body.width
-            sourceComponent: [review, summary, result, error, idle, loading, loading][panel.panelCase]
-            onLoaded: appearing.restart()
-
-            DSPanelAnimation {
-                id: appearing
-                target: content
-                property: "opacity"
-                from: 0
-                to: 1
-            }
+        DSPanelAnimation {
+            id: appearing
+            target: body.shown
+            property: "opacity"
+            from: 0
+            to: 1
         }
     }
 
@@ -86,7 +106,7 @@ Item {
             DSText {
                 x: DS.gutter
                 height: 28
-                visible: !panel.hasOtherVariations
+                visible: !root.panel.hasOtherVariations
                 text: "no other variations"
                 color: DS.color.grey
             }
@@ -94,7 +114,7 @@ Item {
                 x: DS.gutter
                 width: parent.width - 2 * DS.gutter
                 height: 28
-                visible: panel.hasOtherVariations
+                visible: root.panel.hasOtherVariations
 
                 DSText {
                     id: from
@@ -110,30 +130,26 @@ Item {
                     anchors.rightMargin: 8
                     anchors.verticalCenter: parent.verticalCenter
                     name: "from"
-                    options: panel.otherVariations
-                    selection: panel.selectedFrom
-                    onPicked: tag => panel.selectedFrom = tag
+                    options: root.panel.otherVariations
+                    selection: root.panel.selectedFrom
+                    onPicked: tag => root.panel.selectedFrom = tag
                 }
                 DSButton {
                     id: start
                     anchors.right: parent.right
                     anchors.verticalCenter: parent.verticalCenter
                     title: "Review merge"
-                    enabled: panel.selectedFrom !== ""
-                    onClicked: panel.runMerge()
+                    enabled: root.panel.selectedFrom !== ""
+                    onClicked: root.panel.runMerge()
                 }
             }
         }
     }
     Component {
         id: loading
-        Item {
-            implicitHeight: 32
-
-            LoadingRow {
-                x: DS.gutter
-                text: panel.loadingText
-            }
+        LoadingRow {
+            implicitHeight: 36
+            text: root.panel.loadingText
         }
     }
     Component {
@@ -145,7 +161,7 @@ Item {
                 id: list
                 width: parent.width
                 height: implicitHeight
-                panel: panel
+                panel: root.panel
             }
             Row {
                 anchors.right: parent.right
@@ -157,12 +173,12 @@ Item {
                 DSButton {
                     title: "Cancel"
                     style: DSButton.Ghost
-                    onClicked: panel.resetToIdle()
+                    onClicked: root.panel.resetToIdle()
                 }
                 DSButton {
                     title: "Apply"
-                    enabled: panel.canApply
-                    onClicked: panel.apply()
+                    enabled: root.panel.canApply
+                    onClicked: root.panel.apply()
                 }
             }
         }
@@ -170,7 +186,7 @@ Item {
     Component {
         id: summary
         MergeSummary {
-            panel: panel
+            panel: root.panel
         }
     }
     Component {
@@ -183,21 +199,21 @@ Item {
                 rightPadding: DS.gutter
                 width: parent.width
                 height: 22
-                text: panel.resultLine
+                text: root.panel.resultLine
             }
             DSText {
                 leftPadding: DS.gutter
                 rightPadding: DS.gutter
                 width: parent.width
-                visible: panel.reasonLine !== ""
-                text: panel.reasonLine
+                visible: root.panel.reasonLine !== ""
+                text: root.panel.reasonLine
                 color: DS.color.grey
                 wrapMode: Text.Wrap
                 elide: Text.ElideNone
             }
             MergePanelList {
                 width: parent.width
-                panel: panel
+                panel: root.panel
             }
         }
     }
@@ -213,10 +229,10 @@ Item {
                 anchors.right: retry.left
                 anchors.rightMargin: 8
                 height: 28
-                text: panel.message
+                text: root.panel.message
                 color: DS.color.danger
                 maximumLineCount: 1
-                DSHelp.text: message.truncated ? panel.message : ""
+                DSHelp.text: message.truncated ? root.panel.message : ""
             }
             DSButton {
                 id: retry
@@ -224,7 +240,7 @@ Item {
                 anchors.rightMargin: DS.gutter
                 title: "Retry"
                 style: DSButton.Ghost
-                onClicked: panel.resetToIdle()
+                onClicked: root.panel.resetToIdle()
             }
         }
     }

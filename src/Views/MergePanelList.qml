@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Ostra.Design
 import Ostra.Views
@@ -7,6 +9,10 @@ Item {
     id: root
 
     required property MergePanelModel panel
+
+    function viewOf(kind: int): Component {
+        return [section, autoGroup, autoChange, tickGroup, tick, picksGroup, pick, caption, fallback, conflict][kind];
+    }
 
     implicitHeight: root.panel.rowsHeight
 
@@ -18,138 +24,161 @@ Item {
     Repeater {
         model: root.panel.rows
 
-        delegate: Loader {
+        delegate: MergeListRow {
             id: row
-
-            required property int index
-            required property int kind
-            required property int rowTop
-            required property int extent
-            required property string rowId
-            required property string title
-            required property string detail
-            required property string symbol
-            required property string count
-            required property bool isExpanded
-            required property bool isTicked
-            required property bool grouped
-            required property string selected
-            required property string intoName
-            required property string intoDetail
-            required property string fromName
-            required property string fromDetail
-            required property string tracks
-            required property bool isResolving
-            required property string errorMessage
-
-            y: row.rowTop
             width: root.width
-            height: row.extent
-            sourceComponent: [section, autoGroup, autoChange, tickGroup, tick, picksGroup, pick, caption, fallback, conflict][row.kind]
+            Component.onCompleted: root.viewOf(row.kind).createObject(row, {
+                row: row
+            })
+        }
+    }
 
-            Component {
-                id: section
-                Item {
-                    DSDivider {
-                        width: parent.width
-                        visible: row.rowTop > 0
-                    }
-                    DSSectionLabel {
-                        anchors.bottom: parent.bottom
-                        width: parent.width
-                        title: row.title
-                    }
-                }
+    Component {
+        id: section
+        Item {
+            id: sectionView
+            required property MergeListRow row
+
+            anchors.fill: parent
+
+            DSDivider {
+                y: 4
+                width: parent.width
+                visible: sectionView.row.rowTop > 0
             }
-            Component {
-                id: autoGroup
-                GroupHeader {
-                    title: row.title
-                    count: row.count
-                    expanded: row.isExpanded
-                    onClicked: root.panel.toggleAutoGroup(row.rowId)
-                }
+            DSSectionLabel {
+                anchors.bottom: parent.bottom
+                width: parent.width
+                title: sectionView.row.title
             }
-            Component {
-                id: autoChange
-                AutoChangeRow {
-                    symbol: row.symbol
-                    summary: row.title
-                }
-            }
-            Component {
-                id: tickGroup
-                TickGroup {
-                    title: row.title
-                    count: row.count
-                    isExpanded: row.isExpanded
-                    onToggled: root.panel.toggleTickGroup(row.rowId)
-                    onTickAll: root.panel.tickAll(row.rowId)
-                }
-            }
-            Component {
-                id: tick
-                TickRow {
-                    summary: row.title
-                    detail: row.detail
-                    isTicked: row.isTicked
-                    onClicked: root.panel.toggleTick(row.rowId)
-                }
-            }
-            Component {
-                id: picksGroup
-                PicksGroup {
-                    title: row.title
-                    count: row.count
-                    isExpanded: row.isExpanded
-                    selected: row.selected
-                    onToggled: root.panel.togglePickGroup(row.rowId)
-                    onSelect: side => root.panel.choosePicks(row.rowId, side)
-                }
-            }
-            Component {
-                id: pick
-                PickRow {
-                    keySummary: row.title
-                    intoSummary: row.intoDetail
-                    fromSummary: row.fromDetail
-                    grouped: row.grouped
-                    selected: row.selected
-                    onSelect: side => root.panel.choosePick(row.rowId, side)
-                }
-            }
-            Component {
-                id: caption
-                DSText {
-                    leftPadding: DS.gutter
-                    rightPadding: DS.gutter
-                    text: row.title
-                    font: DS.mono(9)
-                    color: DS.color.grey
-                }
-            }
-            Component {
-                id: fallback
-                FallbackRow {
-                    regionSummary: row.title
-                    intoName: row.intoName
-                    fromName: row.fromName
-                    selected: row.selected
-                    onSelect: side => root.panel.chooseFallback(row.rowId, side)
-                }
-            }
-            Component {
-                id: conflict
-                ConflictRow {
-                    summary: row.title
-                    tracks: row.tracks
-                    hint: row.detail
-                    isResolving: row.isResolving
-                    errorMessage: row.errorMessage
-                    onTake: root.panel.takeConflict(row.rowId)
-                    onKeep: root.panel.keepConflict(row.rowId)
-                }
-            }
+        }
+    }
+    Component {
+        id: autoGroup
+        GroupHeader {
+            id: autoGroupView
+            required property MergeListRow row
+
+            anchors.fill: parent
+            title: autoGroupView.row.title
+            count: autoGroupView.row.count
+            expanded: autoGroupView.row.isExpanded
+            onClicked: root.panel.toggleAutoGroup(autoGroupView.row.rowId)
+        }
+    }
+    Component {
+        id: autoChange
+        AutoChangeRow {
+            id: autoChangeView
+            required property MergeListRow row
+
+            anchors.fill: parent
+            symbol: autoChangeView.row.symbol
+            summary: autoChangeView.row.title
+        }
+    }
+    Component {
+        id: tickGroup
+        TickGroup {
+            id: tickGroupView
+            required property MergeListRow row
+
+            anchors.fill: parent
+            title: tickGroupView.row.title
+            count: tickGroupView.row.count
+            isExpanded: tickGroupView.row.isExpanded
+            onToggled: root.panel.toggleTickGroup(tickGroupView.row.rowId)
+            onTickAll: root.panel.tickAll(tickGroupView.row.rowId)
+        }
+    }
+    Component {
+        id: tick
+        TickRow {
+            id: tickView
+            required property MergeListRow row
+
+            anchors.fill: parent
+            summary: tickView.row.title
+            detail: tickView.row.detail
+            isTicked: tickView.row.isTicked
+            onClicked: root.panel.toggleTick(tickView.row.rowId)
+        }
+    }
+    Component {
+        id: picksGroup
+        PicksGroup {
+            id: picksGroupView
+            required property MergeListRow row
+
+            anchors.fill: parent
+            title: picksGroupView.row.title
+            count: picksGroupView.row.count
+            isExpanded: picksGroupView.row.isExpanded
+            selected: picksGroupView.row.selected
+            onToggled: root.panel.togglePickGroup(picksGroupView.row.rowId)
+            onSelect: side => root.panel.choosePicks(picksGroupView.row.rowId, side)
+        }
+    }
+    Component {
+        id: pick
+        PickRow {
+            id: pickView
+            required property MergeListRow row
+
+            anchors.fill: parent
+            keySummary: pickView.row.title
+            intoSummary: pickView.row.intoDetail
+            fromSummary: pickView.row.fromDetail
+            grouped: pickView.row.grouped
+            selected: pickView.row.selected
+            onSelect: side => root.panel.choosePick(pickView.row.rowId, side)
+        }
+    }
+    Component {
+        id: caption
+        DSText {
+            id: captionView
+            required property MergeListRow row
+
+            anchors.fill: parent
+            leftPadding: DS.gutter
+            rightPadding: DS.gutter
+            text: captionView.row.title
+            font: DS.mono(9)
+            color: DS.color.grey
+            wrapMode: Text.Wrap
+            elide: Text.ElideNone
+            verticalAlignment: Text.AlignTop
+        }
+    }
+    Component {
+        id: fallback
+        FallbackRow {
+            id: fallbackView
+            required property MergeListRow row
+
+            anchors.fill: parent
+            regionSummary: fallbackView.row.title
+            intoName: fallbackView.row.intoName
+            fromName: fallbackView.row.fromName
+            selected: fallbackView.row.selected
+            onSelect: side => root.panel.chooseFallback(fallbackView.row.rowId, side)
+        }
+    }
+    Component {
+        id: conflict
+        ConflictRow {
+            id: conflictView
+            required property MergeListRow row
+
+            anchors.fill: parent
+            summary: conflictView.row.title
+            tracks: conflictView.row.tracks
+            hint: conflictView.row.detail
+            isResolving: conflictView.row.isResolving
+            errorMessage: conflictView.row.errorMessage
+            onTake: root.panel.takeConflict(conflictView.row.rowId)
+            onKeep: root.panel.keepConflict(conflictView.row.rowId)
         }
     }
 }

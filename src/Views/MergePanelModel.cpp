@@ -623,10 +623,14 @@ void MergePanelModel::setPanelState(MergePanelState state)
     if (state == m_panelState) {
         return;
     }
+    const Case before = panelCase();
     m_panelState = std::move(state);
     updateRows();
     emit panelStateChanged();
     emit selectionsChanged();
+    if (panelCase() != before) {
+        emit panelCaseChanged();
+    }
 }
 
 void MergePanelModel::setApplyInFlight(bool inFlight)

@@ -36,7 +36,7 @@ class MergePanelModel : public QObject {
     Q_PROPERTY(bool hasOtherVariations READ hasOtherVariations NOTIFY variationsChanged)
     Q_PROPERTY(
         QString selectedFrom READ selectedFrom WRITE setSelectedFrom NOTIFY selectedFromChanged)
-    Q_PROPERTY(Case panelCase READ panelCase NOTIFY panelStateChanged)
+    Q_PROPERTY(Case panelCase READ panelCase NOTIFY panelCaseChanged)
     Q_PROPERTY(bool canApply READ canApply NOTIFY selectionsChanged)
     Q_PROPERTY(QString loadingText READ loadingText NOTIFY panelStateChanged)
     Q_PROPERTY(QString message READ message NOTIFY panelStateChanged)
@@ -128,6 +128,8 @@ signals:
     void variationsChanged();
     void selectedFromChanged();
     void panelStateChanged();
+    /// Comes after panelStateChanged: what the new case shows is there.
+    void panelCaseChanged();
     void selectionsChanged();
     void mergeVersionChanged();
     void rowsHeightChanged();

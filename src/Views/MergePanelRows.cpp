@@ -7,7 +7,7 @@ namespace ostra {
 namespace {
 
 namespace Height {
-constexpr int section = 30;
+constexpr int section = 34;
 constexpr int firstSection = 26;
 constexpr int group = 28;
 constexpr int line = 22;
@@ -194,7 +194,7 @@ int heightOf(const MergeRow::AutoChangeRow &)
 }
 int heightOf(const MergeRow::Caption &)
 {
-    return Height::caption + Height::gap;
+    return 2 * Height::detail + Height::gap;
 }
 int heightOf(const MergeRow::TickRow &row)
 {
@@ -224,12 +224,14 @@ int heightOf(const MergeRow::ConflictRow &row)
            (row.errorMessage ? Height::caption : 0);
 }
 
-/// Collects rows and sets their heights.
+/// Collects rows and sets their heights; the first one opens a section, without a divider.
 class Builder {
 public:
     void add(const QString &key, MergeRowContent content)
     {
-        const int height = std::visit([](const auto &row) { return heightOf(row); }, content);
+        const int height = m_rows.isEmpty()
+                               ? Height::firstSection
+                               : std::visit([](const auto &row) { return heightOf(row); }, content);
         m_rows.append({key, std::move(content), 0, height});
     }
     QList<MergePanelRow> take() { return std::move(m_rows); }

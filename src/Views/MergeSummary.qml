@@ -11,10 +11,11 @@ Column {
     bottomPadding: 12
 
     component Line: DSText {
+        id: line
         leftPadding: DS.gutter
         rightPadding: DS.gutter
-        width: root.width
-        visible: text !== ""
+        width: line.parent.width
+        visible: line.text !== ""
         color: DS.color.grey
         topPadding: 2
         bottomPadding: 2
@@ -43,26 +44,21 @@ Column {
         width: root.width
         height: 8
     }
-    Loader {
+    DSText {
         x: DS.gutter
         width: root.width - 2 * DS.gutter
-        sourceComponent: root.panel.mergeVersionNamed ? named : naming
+        height: 24
+        visible: root.panel.mergeVersionNamed
+        text: "✓ version saved"
     }
-    Component {
-        id: named
-        DSText {
-            height: 24
-            text: "✓ version saved"
-        }
-    }
-    Component {
-        id: naming
-        DSTextField {
-            placeholder: "Version name"
-            text: root.panel.mergeVersionName
-            onTextEdited: root.panel.mergeVersionName = text
-            onSubmitted: root.panel.nameMergeVersion()
-            onCancelled: root.panel.mergeVersionName = ""
-        }
+    DSTextField {
+        x: DS.gutter
+        width: root.width - 2 * DS.gutter
+        visible: !root.panel.mergeVersionNamed
+        placeholder: "Version name"
+        text: root.panel.mergeVersionName
+        onTextEdited: root.panel.mergeVersionName = text
+        onSubmitted: root.panel.nameMergeVersion()
+        onCancelled: root.panel.mergeVersionName = ""
     }
 }

@@ -40,26 +40,25 @@ Item {
         DSAccessible.expanded: root.isExpanded
         onClicked: root.toggled()
     }
-    Loader {
+    Column {
         x: DS.gutter - 6
         y: 22
         width: root.width - 2 * x
-        active: !root.isExpanded
-        sourceComponent: Column {
-            OptionRow {
-                width: parent.width
-                height: 24
-                label: "Keep"
-                isSelected: root.selected === "into"
-                onClicked: root.select("into")
-            }
-            OptionRow {
-                width: parent.width
-                height: 24
-                label: "Take"
-                isSelected: root.selected === "from"
-                onClicked: root.select("from")
-            }
+        visible: !root.isExpanded
+
+        OptionRow {
+            width: parent.width
+            height: 24
+            label: "Keep"
+            isSelected: root.selected === "into"
+            onClicked: root.select("into")
+        }
+        OptionRow {
+            width: parent.width
+            height: 24
+            label: "Take"
+            isSelected: root.selected === "from"
+            onClicked: root.select("from")
         }
     }
 }

@@ -8,6 +8,10 @@ Item {
 
     required property SemanticDiffPanelModel model
 
+    function viewOf(kind: int): Component {
+        return [line, group, more][kind];
+    }
+
     implicitWidth: 360
     implicitHeight: header.height + body.height + 6
 
@@ -56,12 +60,10 @@ Item {
             text: root.model.emptyText
             color: DS.color.grey
         }
-        Loader {
-            x: DS.gutter
-            active: root.model.panelCase === SemanticDiffPanelModel.Loading
-            sourceComponent: LoadingRow {
-                text: "loading…"
-            }
+        LoadingRow {
+            width: body.width
+            shown: root.model.panelCase === SemanticDiffPanelModel.Loading
+            text: "loading…"
         }
         VisibleRange {
             id: range
@@ -71,58 +73,54 @@ Item {
         Repeater {
             model: root.model.rows
 
-            delegate: Item {
+            delegate: DiffListRow {
                 id: row
-
-                required property int kind
-                required property int rowTop
-                required property int extent
-                required property string text
-                required property string symbol
-                required property int tone
-                required property string count
-                required property bool isExpanded
-                required property bool hasDivider
-
-                y: row.rowTop
-                width: body.width
-                height: row.extent
-
-                DSDivider {
-                    x: DS.gutter
-                    width: row.width - 2 * DS.gutter
-                    visible: row.hasDivider
-                }
-                Loader {
-                    anchors.fill: parent
-                    sourceComponent: row.kind === SemanticDiffPanelModel.Group ? group : row.kind === SemanticDiffPanelModel.Line ? line : more
-                }
-                Component {
-                    id: group
-                    GroupHeader {
-                        title: row.text
-                        count: row.count
-                        expanded: row.isExpanded
-                        onClicked: root.model.toggleGroup(row.text)
-                    }
-                }
-                Component {
-                    id: line
-                    DeltaLine {
-                        symbol: row.symbol
-                        text: row.text
-                        tone: row.tone
-                    }
-                }
-                Component {
-                    id: more
-                    DSText {
-                        leftPadding: DS.gutter + 12
-                        text: row.text
-                        color: DS.color.grey
-                    }
-                }
+                width: root.width
+                Component.onCompleted: root.viewOf(row.kind).createObject(row, {
+                    row: row
+                })
             }
+        }
+    }
+
+    Component {
+        id: line
+        DeltaLine {
+            id: lineView
+            required property DiffListRow row
+
+            anchors.fill: parent
+            symbol: lineView.row.symbol
+            text: lineView.row.text
+            tone: lineView.row.tone
+            hasDivider: lineView.row.hasDivider
+        }
+    }
+    Component {
+        id: group
+        GroupHeader {
+            id: groupView
+            required property DiffListRow row
+
+            anchors.fill: parent
+            title: groupView.row.text
+            count: groupView.row.count
+            expanded: groupView.row.isExpanded
+            hasDivider: groupView.row.hasDivider
+            onClicked: root.model.toggleGroup(groupView.row.text)
+        }
+    }
+    Component {
+        id: more
+        DSText {
+            id: moreView
+            required property DiffListRow row
+
+            height: 22
+            width: moreView.row.width
+            leftPadding: DS.gutter + 12
+            text: moreView.row.text
+            color: DS.color.grey
         }
     }
 }

@@ -8,6 +8,7 @@ namespace {
 
 constexpr int kLineHeight = 22;
 constexpr int kGroupHeight = 28;
+constexpr int kGap = 4;
 
 enum Role {
     KindRole = Qt::UserRole,
@@ -66,6 +67,7 @@ void addGroup(QList<DiffRow> &rows, const DiffGroup &group, bool isExpanded)
         more.height = kLineHeight;
         rows.append(more);
     }
+    rows.last().height += kGap; // before the next group's divider
 }
 
 } // namespace
