@@ -238,6 +238,11 @@ qsizetype CommitGraphItem::startOfWalk() const
     return m_model->currentTip().value_or(m_model->layout().nodeCount() - 1);
 }
 
+void CommitGraphItem::hoverEnterEvent(QHoverEvent *event)
+{
+    hoverMoveEvent(event);
+}
+
 void CommitGraphItem::hoverMoveEvent(QHoverEvent *event)
 {
     setHovered(m_model ? m_model->layout().nodeAt(event->position() + m_content) : std::nullopt);

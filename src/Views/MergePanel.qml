@@ -64,7 +64,8 @@ Item {
             body.shown?.destroy();
             body.shown = root.viewOf(root.panel.panelCase).createObject(body) as Item;
             body.shown.width = Qt.binding(() => body.width);
-            appearing.restart();
+            if (body.opened)
+                appearing.restart();
         }
 
         y: header.height
