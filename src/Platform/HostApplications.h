@@ -16,7 +16,8 @@ public:
     class Application {
     public:
         virtual ~Application() = default;
-        /// A normal quit: the application may ask its user about unsaved work first.
+        /// A normal quit: the application may ask its user about unsaved work first. Returns at
+        /// once; isTerminated() tells when it has happened.
         virtual void terminate() = 0;
         virtual bool isTerminated() const = 0;
     };

@@ -100,9 +100,16 @@ class TestSongPage(harness.EndToEnd):
         self.client.find("push button", "Rename song")
 
     def press(self, name, last=False):
-        found = harness.eventually(lambda: self.client.all("push button", name),
-                                   lambda: f"button {name!r}; there is:\n{self.client.tree()}")
-        found[-1 if last else 0].press()
+        """Presses the first or the last button of that name, once there is one that answers."""
+        def attempt():
+            found = self.client.all("push button", name)
+            try:
+                found[-1 if last else 0].press()
+            except (IndexError, AssertionError):
+                return False  # not there yet, or just leaving
+            return True
+
+        harness.eventually(attempt, lambda: f"button {name!r}; there is:\n{self.client.tree()}")
 
     def enter(self, field, text):
         node = self.client.find("text", field)
