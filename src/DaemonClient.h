@@ -47,7 +47,7 @@ public:
     DaemonClient(const DaemonClient &) = delete;
     DaemonClient &operator=(const DaemonClient &) = delete;
 
-    /// Connects, or connects again: whatever waits on an older connection fails first.
+    /// Connects anew: what waits on an older connection fails first. Gives up after 15 seconds.
     QCoro::Task<bool> connect();
 
     /// True between a successful connect() and the next disconnect.

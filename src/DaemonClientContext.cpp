@@ -31,8 +31,11 @@ bool DaemonClient::Context::connect(quint64 attempt)
 {
     m_attempt = attempt;
     tearDown();
-    Socket socket =
-        UnixSocket::connectTo(m_socketPath.toUtf8(), [this] { return isHeldUpInVain(); });
+    // A service that hangs may leave a connect waiting; what comes after it must not hang too.
+    const auto deadline = m_scheduler.now() + kReplyTime;
+    Socket socket = UnixSocket::connectTo(m_socketPath.toUtf8(), [this, deadline] {
+        return isHeldUpInVain() || m_scheduler.now() >= deadline;
+    });
     if (!socket) {
         notify(false);
         return false;

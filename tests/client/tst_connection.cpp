@@ -345,6 +345,21 @@ private slots:
         QVERIFY(!another.wait());
     }
 
+    void aConnectThatIsHeldUpForFifteenSecondsFails()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"deaf.sock"_s);
+        const DeafListener listener(path);
+        DaemonClient first(time, path);
+        QVERIFY(Outcome(first.connect()).wait());
+        client.emplace(time, path);
+        Outcome heldUp(client->connect());
+        Outcome behind(client->send(command("shutdown")));
+        QTRY_VERIFY((time.advance(15s), heldUp.isReady()));
+        QVERIFY(!heldUp.value());
+        QCOMPARE(errorText(behind.wait()), kNotConnected);
+    }
+
     void whatWaitsWhenTheClientEndsFails()
     {
         service->answer(u"merge_pending"_s, Answer::silence());
