@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Ostra.Core
 import Ostra.Design
@@ -15,7 +17,7 @@ FocusScope {
 
     readonly property real paneHeight: menu.pane === MenuBarViewModel.Pane.settings ? settingsPage.implicitHeight : menu.pane === MenuBarViewModel.Pane.song ? songPage.implicitHeight : list.contentHeight
 
-    component Page: Loader {
+    component Page: DSSlot {
         id: page
 
         property bool shown: false
@@ -46,7 +48,7 @@ FocusScope {
         scope: root
     }
     Shortcut {
-        sequences: [StandardKey.Preferences, "Ctrl+,"]
+        sequence: "Ctrl+,"
         onActivated: menu.showSettings = true
     }
 

@@ -1,9 +1,11 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Ostra.Design
 import Ostra.Views
 
 /// One row of the project list, whatever its kind.
-Loader {
+DSSlot {
     id: root
 
     required property MenuBarViewModel menu

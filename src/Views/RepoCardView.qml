@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Ostra.Design
 import Ostra.Views
@@ -12,7 +14,7 @@ Column {
     signal toggleExpand
     signal openSong(repoName: string, filename: string)
 
-    Loader {
+    DSSlot {
         width: root.width
         sourceComponent: root.card.renamingProject ? renameField : headLine
     }

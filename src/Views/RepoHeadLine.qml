@@ -9,7 +9,6 @@ Item {
     required property string metaLine
     required property string changedText
     required property bool isExpanded
-
     readonly property real changedWidth: changed.visible ? changed.width + 8 : 0
 
     signal toggleExpand
@@ -18,7 +17,6 @@ Item {
     implicitHeight: 50
 
     DSRowButton {
-        id: head
         anchors.fill: parent
         name: root.name
         description: root.metaLine
@@ -26,46 +24,54 @@ Item {
         expandable: true
         expanded: root.isExpanded
         onClicked: root.toggleExpand()
+    }
+    Rectangle {
+        id: tile
+        x: DS.gutter
+        anchors.verticalCenter: parent.verticalCenter
+        width: 26
+        height: 26
+        color: DS.color.paper3
+        border.width: 1
+        border.color: DS.color.line
 
-        contentItem: Item {
-            Rectangle {
-                id: tile
-                anchors.verticalCenter: parent.verticalCenter
-                width: 26
-                height: 26
-                color: DS.color.paper3
-                border.width: 1
-                border.color: DS.color.line
-
-                DSText {
-                    anchors.centerIn: parent
-                    text: "◆"
-                    color: DS.color.ink2
-                    decorative: true
-                }
-            }
-            DSText {
-                id: nameText
-                anchors.left: tile.right
-                anchors.leftMargin: 10
-                y: tile.y - 4
-                width: Math.min(Math.ceil(implicitWidth), parent.width - root.changedWidth - x - 26)
-                text: root.name
-                font: DS.inter(13.5, Font.DemiBold)
-                color: DS.color.ink
-                decorative: true
-            }
-            DSText {
-                anchors.left: nameText.left
-                anchors.right: parent.right
-                anchors.rightMargin: root.changedWidth
-                anchors.top: nameText.bottom
-                anchors.topMargin: 1
-                text: root.metaLine
-                color: DS.color.grey
-                decorative: true
-            }
+        DSText {
+            anchors.centerIn: parent
+            text: "◆"
+            color: DS.color.ink2
+            decorative: true
         }
+    }
+    DSText {
+        id: nameText
+        anchors.left: tile.right
+        anchors.leftMargin: 10
+        y: tile.y - 4
+        width: Math.min(Math.ceil(implicitWidth), root.width - root.changedWidth - x - 26 - DS.gutter)
+        text: root.name
+        font: DS.inter(13.5, Font.DemiBold)
+        color: DS.color.ink
+        decorative: true
+    }
+    DSText {
+        anchors.left: nameText.left
+        anchors.right: parent.right
+        anchors.rightMargin: DS.gutter + root.changedWidth
+        anchors.top: nameText.bottom
+        anchors.topMargin: 1
+        text: root.metaLine
+        color: DS.color.grey
+        decorative: true
+    }
+    DSIconButton {
+        anchors.left: nameText.right
+        anchors.leftMargin: 4
+        anchors.verticalCenter: nameText.verticalCenter
+        size: 18
+        symbol: "pencil"
+        symbolSize: 9
+        help: "Rename project"
+        onClicked: root.rename()
     }
     Row {
         id: changed
@@ -84,14 +90,5 @@ Item {
             text: root.changedText
             color: DS.color.grey
         }
-    }
-    DSIconButton {
-        x: head.leftPadding + nameText.x + nameText.width + 4
-        y: head.topPadding + nameText.y + (nameText.height - height) / 2
-        size: 18
-        symbol: "pencil"
-        symbolSize: 9
-        help: "Rename project"
-        onClicked: root.rename()
     }
 }

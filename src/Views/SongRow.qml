@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Ostra.Design
 
@@ -20,50 +22,43 @@ Column {
 
     Item {
         width: root.width
-        implicitHeight: row.implicitHeight
+        implicitHeight: Math.max(mark.height, words.height) + 10
 
         DSRowButton {
             id: row
-            width: parent.width
+            anchors.fill: parent
             name: root.displayName
             description: root.infoLine
-            topPadding: 5
-            bottomPadding: 5
-            leftPadding: 18
             onClicked: root.open()
+        }
+        SongMark {
+            id: mark
+            x: 18
+            anchors.verticalCenter: parent.verticalCenter
+            changed: root.changed
+        }
+        Column {
+            id: words
+            anchors.left: mark.right
+            anchors.leftMargin: 15
+            anchors.right: parent.right
+            anchors.rightMargin: DS.gutter + (save.visible ? save.width + 8 : 0)
+            anchors.verticalCenter: parent.verticalCenter
+            spacing: 1
 
-            contentItem: Item {
-                implicitHeight: Math.max(mark.implicitHeight, words.implicitHeight)
-
-                SongMark {
-                    id: mark
-                    anchors.verticalCenter: parent.verticalCenter
-                    changed: root.changed
-                }
-                Column {
-                    id: words
-                    anchors.left: mark.right
-                    anchors.leftMargin: 15
-                    anchors.right: parent.right
-                    anchors.rightMargin: save.visible ? save.width + 8 : 0
-                    anchors.verticalCenter: parent.verticalCenter
-                    spacing: 1
-
-                    DSText {
-                        width: parent.width
-                        text: root.displayName
-                        color: row.hot ? DS.color.ink : DS.color.ink2
-                        decorative: true
-                    }
-                    DSText {
-                        width: parent.width
-                        visible: text !== ""
-                        text: root.infoLine
-                        font: DS.mono(9)
-                        color: DS.color.grey
-                        decorative: true
-                    }
-                }
+            DSText {
+                width: parent.width
+                text: root.displayName
+                color: row.hot ? DS.color.ink : DS.color.ink2
+                decorative: true
+            }
+            DSText {
+                width: parent.width
+                visible: text !== ""
+                text: root.infoLine
+                font: DS.mono(9)
+                color: DS.color.grey
+                decorative: true
             }
         }
         DSButton {

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Ostra.Design
 import Ostra.Views
@@ -30,32 +32,35 @@ Column {
         x: 50
         width: root.width - x - DS.gutter
     }
-    DSRowButton {
+    Item {
         width: root.width
-        leftPadding: 50
-        name: title.text
-        description: root.strip.currentCaption
-        expandable: true
-        expanded: root.strip.isOpen
-        onClicked: root.strip.isOpen = !root.strip.isOpen
+        implicitHeight: title.implicitHeight + 12
 
-        contentItem: Item {
-            implicitHeight: title.implicitHeight
-
-            DSText {
-                id: title
-                text: "Album versions"
-                decorative: true
-            }
-            DSText {
-                anchors.left: title.right
-                anchors.leftMargin: 12
-                anchors.right: parent.right
-                horizontalAlignment: Text.AlignRight
-                text: root.strip.currentCaption
-                color: DS.color.grey
-                decorative: true
-            }
+        DSRowButton {
+            anchors.fill: parent
+            name: title.text
+            description: root.strip.currentCaption
+            expandable: true
+            expanded: root.strip.isOpen
+            onClicked: root.strip.isOpen = !root.strip.isOpen
+        }
+        DSText {
+            id: title
+            x: 50
+            y: 6
+            text: "Album versions"
+            decorative: true
+        }
+        DSText {
+            anchors.left: title.right
+            anchors.leftMargin: 12
+            anchors.right: parent.right
+            anchors.rightMargin: DS.gutter
+            y: 6
+            horizontalAlignment: Text.AlignRight
+            text: root.strip.currentCaption
+            color: DS.color.grey
+            decorative: true
         }
     }
     DSReveal {

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QPointer>
+#include <QQmlComponent>
+#include <QQuickItem>
+
+namespace ostra {
+
+/// A place for an item that is made while the slot is active, as with Loader, which in Qt 6.4
+/// cannot make the components of a file whose components are bound. The slot wants the size that
+/// the item wants; what size it is given, the item gets. GUI thread.
+class DSSlot : public QQuickItem {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(QQmlComponent *sourceComponent READ sourceComponent WRITE setSourceComponent NOTIFY
+                   sourceComponentChanged FINAL)
+    Q_PROPERTY(bool active READ isActive WRITE setActive NOTIFY activeChanged FINAL)
+    Q_PROPERTY(QQuickItem *item READ item NOTIFY itemChanged FINAL)
+
+public:
+    using QQuickItem::QQuickItem;
+    ~DSSlot() override;
+
+    QQmlComponent *sourceComponent() const { return m_component; }
+    void setSourceComponent(QQmlComponent *component);
+    bool isActive() const { return m_isActive; }
+    void setActive(bool active);
+    QQuickItem *item() const { return m_item; }
+
+signals:
+    void sourceComponentChanged();
+    void activeChanged();
+    void itemChanged();
+    void loaded(); ///< there is a new item
+
+protected:
+    void componentComplete() override;
+    void geometryChange(const QRectF &now, const QRectF &before) override;
+
+private:
+    void make();
+    void drop();
+    void takeWantedSize();
+    void giveSize();
+
+    QPointer<QQmlComponent> m_component;
+    QPointer<QQuickItem> m_item;
+    bool m_isActive = true;
+};
+
+} // namespace ostra
