@@ -155,6 +155,8 @@ void TestAbletonBridge::looksEveryFifthOfASecond()
         QCOMPARE(world.scheduler.nextDelay(), Scheduler::Duration(200ms));
         world.pass(200ms);
     }
+    world.pass(30s);
+    QVERIFY(world.hasFailed());
 }
 
 void TestAbletonBridge::opensWhenLiveQuitsAfter29Point9Seconds()
