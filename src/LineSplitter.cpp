@@ -9,13 +9,7 @@ constexpr qsizetype kLargestKeptCapacity = 1 << 20;
 
 void LineSplitter::append(QByteArrayView chunk)
 {
-    if (m_start == m_buffer.size()) {
-        if (m_buffer.capacity() > kLargestKeptCapacity) {
-            m_buffer = {};
-        }
-        m_buffer.resize(0);
-        m_start = m_searched = 0;
-    } else if (m_start > m_buffer.size() / 2) {
+    if (m_start > m_buffer.size() / 2) {
         // Moves fewer bytes than it removes, so that every byte is moved at most once on average.
         m_buffer.remove(0, m_start);
         m_searched -= m_start;
@@ -27,13 +21,16 @@ void LineSplitter::append(QByteArrayView chunk)
 std::optional<QByteArrayView> LineSplitter::next()
 {
     const qsizetype end = m_buffer.indexOf('\n', m_searched);
-    if (end < 0) {
-        m_searched = m_buffer.size();
-        return std::nullopt;
+    if (end >= 0) {
+        const QByteArrayView line = QByteArrayView(m_buffer).sliced(m_start, end - m_start);
+        m_start = m_searched = end + 1;
+        return line;
     }
-    const QByteArrayView line = QByteArrayView(m_buffer).sliced(m_start, end - m_start);
-    m_start = m_searched = end + 1;
-    return line;
+    m_searched = m_buffer.size();
+    if (m_start == m_buffer.size() && m_buffer.capacity() > kLargestKeptCapacity) {
+        reset();
+    }
+    return std::nullopt;
 }
 
 void LineSplitter::reset()

@@ -4,6 +4,10 @@
 #include <QElapsedTimer>
 #include <QTest>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 using namespace ostra;
 using namespace Qt::StringLiterals;
 
@@ -37,6 +41,17 @@ QByteArrayList linesInChunksOf(const QByteArray &stream, qsizetype size)
         cuts.append(cut);
     }
     return linesInChunks(stream, cuts);
+}
+
+/// Bytes in use on the heap; nothing where that cannot be told.
+std::optional<std::size_t> heapInUse()
+{
+#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    const auto info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+#else
+    return std::nullopt;
+#endif
 }
 
 QByteArrayList allSamples()
@@ -148,6 +163,20 @@ private slots:
         splitter.append("\n");
         QCOMPARE(splitter.next()->size(), kLength);
         QVERIFY2(elapsed.elapsed() < 10'000, qPrintable(QString::number(elapsed.elapsed())));
+    }
+    void theMemoryOfALongLineIsGivenBackOnceItHasBeenTaken()
+    {
+        const std::optional<std::size_t> before = heapInUse();
+        LineSplitter splitter;
+        splitter.append(QByteArray(16 << 20, 'x'));
+        splitter.append("\n");
+        QCOMPARE(splitter.next()->size(), 16 << 20);
+        QVERIFY(!splitter.next());
+        if (before) {
+            QVERIFY(*heapInUse() < *before + (1 << 20));
+        }
+        splitter.append("next\n");
+        QCOMPARE(splitter.next(), QByteArrayView("next"));
     }
     void manyShortLinesInOneChunkAreNotMovedForEachOther()
     {
