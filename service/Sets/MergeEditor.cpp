@@ -377,8 +377,9 @@ std::vector<MergeEditor::Placed> MergeEditor::inGroups(const std::vector<Placed>
         }
     };
     place(place, "-1");
-    std::ranges::stable_partition(
-        ordered, [](const Placed &t) { return t.track->kind != TrackKind::Return; });
+    std::stable_partition(ordered.begin(), ordered.end(), [](const Placed &placed) {
+        return placed.track->kind != TrackKind::Return;
+    });
     return ordered;
 }
 

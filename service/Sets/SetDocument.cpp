@@ -3,6 +3,7 @@
 #include "Sets/Set.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace ostra {
 
@@ -23,12 +24,33 @@ SetError broken()
     return {QStringLiteral("The set is damaged: its XML cannot be read.")};
 }
 
-bool costsTooMuch(const QByteArray &xml)
+/// What can be known of a text before it is parsed.
+struct Markup {
+    qsizetype tags = 0;
+    qsizetype attributes = 0;
+    bool isForeign = false; ///< comments, CDATA, a document type: Live writes none of them
+
+    bool costsTooMuch(qsizetype size) const
+    {
+        return tags * kNodeCost + attributes * kAttributeCost >
+               size * kGrantedCost + kAlwaysGranted;
+    }
+};
+
+Markup survey(const QByteArray &xml)
 {
-    const auto elements = std::count(xml.begin(), xml.end(), '<');
-    const auto attributes = std::count(xml.begin(), xml.end(), '=');
-    return elements * kNodeCost + attributes * kAttributeCost >
-           xml.size() * kGrantedCost + kAlwaysGranted;
+    Markup markup;
+    const char *const begin = xml.constData();
+    const char *const end = begin + xml.size();
+    const char *at = begin;
+    while ((
+        at = static_cast<const char *>(std::memchr(at, '<', static_cast<std::size_t>(end - at))))) {
+        ++markup.tags;
+        ++at; // the text ends with a zero, so looking at it is safe
+        markup.isForeign = markup.isForeign || *at == '!' || (*at == '?' && at != begin + 1);
+    }
+    markup.attributes = std::count(begin, end, '=');
+    return markup;
 }
 
 bool isTooDeep(pugi::xml_node root)
@@ -54,11 +76,6 @@ bool isTooDeep(pugi::xml_node root)
     return false;
 }
 
-bool holdsForeignMarkup(const QByteArray &xml)
-{
-    return xml.contains("<!") || xml.indexOf("<?", 2) >= 0;
-}
-
 } // namespace
 
 SetResult<std::shared_ptr<const SetDocument>> SetDocument::parse(QByteArray xml,
@@ -68,7 +85,8 @@ SetResult<std::shared_ptr<const SetDocument>> SetDocument::parse(QByteArray xml,
         return tl::unexpected(
             SetError{QStringLiteral("The set is too large: it holds more than 512 MB.")});
     }
-    if (costsTooMuch(xml)) {
+    const auto markup = survey(xml);
+    if (markup.costsTooMuch(xml.size())) {
         return tl::unexpected(broken());
     }
     std::shared_ptr<SetDocument> document(new SetDocument);
@@ -85,7 +103,7 @@ SetResult<std::shared_ptr<const SetDocument>> SetDocument::parse(QByteArray xml,
         !document->root().child("LiveSet")) {
         return tl::unexpected(SetError{QStringLiteral("This is not an Ableton Live set.")});
     }
-    document->m_foreign = holdsForeignMarkup(document->m_xml);
+    document->m_foreign = markup.isForeign;
     document->m_model = SetModel(document->root());
     return document;
 }
