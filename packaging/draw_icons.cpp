@@ -44,7 +44,8 @@ int main(int argc, char *argv[])
     }
     for (const QString &size : arguments.mid(1)) {
         const QString folder = QStringLiteral("%1/%2x%2/apps").arg(arguments.constFirst(), size);
-        if (!QDir().mkpath(folder) || !icon(size.toInt()).save(folder + u"/ostra.png")) {
+        if (!QDir().mkpath(folder) ||
+            !icon(size.toInt()).save(folder + QStringLiteral("/ostra.png"))) {
             std::fprintf(stderr, "cannot write to %s\n", qPrintable(folder));
             return 1;
         }
