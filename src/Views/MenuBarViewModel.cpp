@@ -152,13 +152,14 @@ bool MenuBarViewModel::hasOpenText() const
 
 bool MenuBarViewModel::escape()
 {
+    const bool closedField =
+        (pane() == Pane::list && std::ranges::any_of(m_cards, &RepoCardViewModel::closeField)) ||
+        (pane() == Pane::song && m_songPage && m_songPage->escape());
+    if (closedField) {
+        return true;
+    }
     if (m_folderPicker->isAskingInline()) {
         m_folderPicker->setPresented(false);
-    } else if (pane() == Pane::list &&
-               std::ranges::any_of(m_cards, &RepoCardViewModel::closeField)) {
-        // One field is closed.
-    } else if (pane() == Pane::song && m_songPage && m_songPage->escape()) {
-        // So is one there.
     } else if (m_confirmingAbletonRelaunch) {
         setConfirmingAbletonRelaunch(false);
     } else if (m_showSettings) {

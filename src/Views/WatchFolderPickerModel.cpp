@@ -35,7 +35,7 @@ QFuture<T> onDiskThread(std::function<T()> look)
 
 QString absolute(const QString &typed)
 {
-    const QString path = typed.trimmed();
+    QString path = typed.trimmed();
     if (path == u"~"_s || path.startsWith(u"~/"_s)) {
         return QDir::homePath() + path.sliced(1);
     }

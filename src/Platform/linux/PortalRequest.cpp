@@ -63,14 +63,15 @@ void PortalRequest::ask(const QDBusMessage &question,
     // The dialog's call may return only when the user has chosen.
     auto *answer = new QDBusPendingCallWatcher(
         m_bus.asyncCall(question, std::numeric_limits<int>::max()), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, then] {
-        answer->deleteLater();
-        if (answer->isError()) {
-            finish(tl::unexpected(Failure::unavailable));
-        } else {
-            then(answer->reply());
-        }
-    });
+    connect(answer, &QDBusPendingCallWatcher::finished, this,
+            [this, answer, then = std::move(then)] {
+                answer->deleteLater();
+                if (answer->isError()) {
+                    finish(tl::unexpected(Failure::unavailable));
+                } else {
+                    then(answer->reply());
+                }
+            });
 }
 
 void PortalRequest::openDialog()

@@ -26,10 +26,8 @@ public:
     /// Once.
     QFuture<Choice> start();
 
-private slots:
-    void response(uint code, const QVariantMap &results);
-
 private:
+    Q_SLOT void response(uint code, const QVariantMap &results);
     void ask(const QDBusMessage &question, std::function<void(const QDBusMessage &)> then);
     void openDialog();
     void listenTo(const QString &handle);
