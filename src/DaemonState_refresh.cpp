@@ -3,12 +3,15 @@
 #include "RepoListModel.h"
 #include "WatchPathListModel.h"
 
+#include <QCoroTimer>
 #include <QPointer>
 #include <QThreadPool>
 
 #include <algorithm>
 
 namespace ostra {
+
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -137,14 +140,19 @@ void DaemonState::startEventLoop()
 
 QCoro::Task<> DaemonState::consumeEvents(std::weak_ptr<EventLoop> loop)
 {
+    // A service that floods with events must not keep the window from its turn.
+    constexpr int kEventsPerTurn = 100;
     EventStream stream = m_client->eventStream();
-    while (true) {
+    for (int taken = 1;; taken = taken % kEventsPerTurn + 1) {
         const std::optional<DaemonEvent> event = co_await stream.next();
         // The store alone holds the loop: an expired one was replaced, or the store is gone.
         if (!event || loop.expired()) {
             co_return;
         }
         handleEvent(*event);
+        if (taken == kEventsPerTurn) {
+            co_await QCoro::sleepFor(0ms);
+        }
     }
 }
 

@@ -7,6 +7,7 @@
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -128,6 +129,7 @@ private slots:
     void theDeltaCountSurvivesARefresh();
     void eventsDuringARefreshSendOneMore();
     void aBurstOfSavesSendsTwoRefreshesAndKeepsMemoryFlat();
+    void aFloodOfEventsLeavesTimeForTheWindow();
     void anErrorEventIsShownInTheServicesWords();
     void anUnknownEventIsIgnored();
     void eventsAreHeardAgainAfterAReconnect();
@@ -613,6 +615,25 @@ void DaemonStateRefreshTest::aBurstOfSavesSendsTwoRefreshesAndKeepsMemoryFlat()
     world.service.release();
     world.settle();
     QCOMPARE(world.statusRequests(), 2);
+}
+
+void DaemonStateRefreshTest::aFloodOfEventsLeavesTimeForTheWindow()
+{
+    StoreFixture world;
+    world.connect();
+    int saves = 0;
+    int withoutATurn = 0;
+    int longest = 0;
+    connect(world.state.get(), &DaemonState::saveDetected, this, [&] {
+        ++saves;
+        longest = std::max(longest, ++withoutATurn);
+    });
+    QTimer window; // has its turn whenever the event loop comes round
+    connect(&window, &QTimer::timeout, this, [&] { withoutATurn = 0; });
+    window.start(0);
+    world.service.sendRaw((saveEvent(QStringLiteral("Nobody"), {}, 1) + '\n').repeated(5000));
+    QVERIFY(until([&] { return saves == 5000; }));
+    QVERIFY2(longest <= 500, qPrintable(QString::number(longest)));
 }
 
 void DaemonStateRefreshTest::anErrorEventIsShownInTheServicesWords()
