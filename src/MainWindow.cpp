@@ -48,7 +48,9 @@ void MainWindow::make()
     connect(m_window.get(), SIGNAL(rescanRequested()), this, SIGNAL(rescanRequested()));
     connect(m_window.get(), &QWindow::activeChanged, this, &MainWindow::dismissWhenLeft);
     connect(m_window.get(), &QWindow::heightChanged, this, &MainWindow::keepBesideItem);
-    view()->setFolderChooser(&m_folderChooser, m_window->winId());
+    // The dialog's desktop knows windows of X11 by number, and no others.
+    const bool isX11 = QGuiApplication::platformName() == u"xcb";
+    view()->setFolderChooser(&m_folderChooser, isX11 ? m_window->winId() : 0);
     applyMode();
 }
 
