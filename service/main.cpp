@@ -9,6 +9,9 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 #include <csignal>
 #include <cstdio>
@@ -47,6 +50,9 @@ void forwardSignals(Daemon &daemon)
 int main(int argc, char **argv)
 {
     ::umask(0077); // what is written is this user's
+#ifdef __GLIBC__
+    ::mallopt(M_ARENA_MAX, 2); // an arena for each worker would be kept for ever
+#endif
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("ostra-daemon"));
     QCoreApplication::setApplicationVersion(QStringLiteral(OSTRA_VERSION));

@@ -148,8 +148,11 @@ Outcome<Project::Recorded> Project::recordImage(const QString &file, const SetIm
             draft.parents = {song.tip.id};
             // An older file that was put in place was not saved back then.
             draft.time = draft.time < song.tip.time ? now() : draft.time;
-            const auto base = image.isWhole() ? m_history->xml(song.tip.id) : QByteArray();
-            summary = base && image.isWhole() ? summarise(*base, image.set->xml) : SaveSummary();
+            const auto base = [&]() -> std::optional<QByteArray> {
+                auto xml = m_history->xml(song.tip.id);
+                return xml ? std::optional(std::move(*xml)) : std::nullopt;
+            };
+            summary = image.isWhole() ? summarise(base, image.set->xml) : SaveSummary();
         }
         draft.message = image.isWhole() ? summary.message
                                         : QStringLiteral("Kept a file that is not a whole set");

@@ -70,6 +70,8 @@ struct Projects::Tracked {
     std::shared_ptr<const ProjectSnapshot> snapshot;
     QByteArray json; ///< its part of the "status" reply
     bool isLoading = false;
+    bool isNew = false;    ///< has not been loaded yet
+    bool isHidden = false; ///< has nothing to show yet
     bool isMissing = false;
     bool isAnnounced = false; ///< the user knows that it is missing
     bool mayBePacked = true;  ///< something was written since it was last looked at
@@ -124,6 +126,7 @@ Projects::~Projects()
 void Projects::start()
 {
     m_settings = Settings::load(m_options.settingsPath);
+    m_saved = m_settings;
     m_watchThread.start();
     for (const KnownProject &known : QList(m_settings.projects)) {
         load(add(known), Origin::remembered, std::nullopt);
@@ -157,8 +160,7 @@ void Projects::stop()
 
 void Projects::status(Responder respond)
 {
-    const bool isLoading = std::ranges::any_of(m_tracked, &Tracked::isLoading);
-    if (!isLoading) {
+    if (!isStarting()) {
         answerStatus(respond);
         return;
     }
@@ -171,7 +173,9 @@ void Projects::answerStatus(const Responder &respond)
     QList<QByteArray> repos;
     repos.reserve(m_tracked.size());
     for (const TrackedPtr &tracked : m_tracked) {
-        repos.append(tracked->json);
+        if (!tracked->isHidden) {
+            repos.append(tracked->json);
+        }
     }
     QList<QByteArray> discovered;
     for (const DiscoveredProject &project : m_settings.discovered) {
@@ -224,6 +228,7 @@ void Projects::addWatchPath(const QString &path, Responder respond)
         respond.error(saved.error().message);
         return;
     }
+    m_saved = m_settings;
     m_waitingForRoot[*folder].append(respond);
     QTimer::singleShot(kLongestRootReplyMs, this, [respond] { respond(Reply::Ok{}); });
     QMetaObject::invokeMethod(
@@ -243,6 +248,7 @@ void Projects::removeWatchPath(const QString &path, Responder respond)
         respond.error(saved.error().message);
         return;
     }
+    m_saved = m_settings;
     QMetaObject::invokeMethod(
         m_watch, [watch = m_watch, roots = m_settings.watchPaths] { watch->setRoots(roots); });
     respond(Reply::Ok{});
@@ -384,6 +390,8 @@ void Projects::track(const QString &path, std::optional<Responder> respond)
 {
     const TrackedPtr tracked =
         add({path, QString(), uniqueName(QFileInfo(path).fileName(), nullptr)});
+    tracked->isNew = true;
+    tracked->isHidden = true;
     load(tracked, Origin::wanted, std::move(respond));
 }
 
@@ -420,7 +428,8 @@ void Projects::loaded(const TrackedPtr &tracked, const Outcome<void> &outcome,
                       const std::optional<Responder> &respond)
 {
     tracked->isLoading = false;
-    const bool isNew = tracked->known.id.isEmpty();
+    const bool isNew = std::exchange(tracked->isNew, false);
+    tracked->isHidden = false;
     if (outcome) {
         tracked->isMissing = false;
         tracked->isAnnounced = false;
@@ -429,8 +438,6 @@ void Projects::loaded(const TrackedPtr &tracked, const Outcome<void> &outcome,
         }
         makeUnique(tracked);
         forgetDiscovered(tracked->known.path);
-        save();
-        watchProjects();
     } else {
         Log::warning(outcome.error().message);
         if (isNew) {
@@ -446,9 +453,18 @@ void Projects::loaded(const TrackedPtr &tracked, const Outcome<void> &outcome,
     if (respond) {
         outcome ? (*respond)(Reply::Ok{}) : respond->error(outcome.error().message);
     }
-    if (std::ranges::none_of(m_tracked, &Tracked::isLoading)) {
+    if (!isStarting()) { // three hundred projects come up as one
+        save();
+        watchProjects();
         answerWaiting();
     }
+}
+
+/// Whether projects from before are still being read.
+bool Projects::isStarting() const
+{
+    return std::ranges::any_of(
+        m_tracked, [](const TrackedPtr &tracked) { return tracked->isLoading && !tracked->isNew; });
 }
 
 void Projects::remove(const TrackedPtr &tracked)
@@ -468,6 +484,8 @@ void Projects::apply(const TrackedPtr &tracked, ProjectSnapshot snapshot)
         });
         save();
     }
+    // Before the event of its first save goes out, which makes the client ask.
+    tracked->isHidden = tracked->isHidden && snapshot.songs.isEmpty();
     tracked->json = encodeRepo(snapshot.status);
     tracked->snapshot = std::make_shared<const ProjectSnapshot>(std::move(snapshot));
 }
@@ -602,6 +620,10 @@ void Projects::found(const QList<FoundProject> &projects)
         if (at(project.path) || relocate(project)) {
             continue;
         }
+        if (!project.projectId.isEmpty() && isBelowWatchPath(project.path)) {
+            track(project.path, std::nullopt); // it was tracked before the settings were lost
+            continue;
+        }
         const DiscoveredProject offered{project.path, QFileInfo(project.path).fileName(),
                                         project.sets};
         const auto known =
@@ -724,9 +746,14 @@ void Projects::save()
             m_settings.projects.append(tracked->known);
         }
     }
+    if (m_settings == m_saved) {
+        return;
+    }
     if (const auto saved = m_settings.save(m_options.settingsPath); !saved) {
         problem(saved.error().message);
+        return;
     }
+    m_saved = m_settings;
 }
 
 void Projects::busy()
@@ -746,6 +773,7 @@ void Projects::tidy()
     }
     m_tidy.setInterval(m_options.packAfterMs.value_or(kPackAfterMs));
     for (const TrackedPtr &tracked : std::as_const(m_tracked)) {
+        tracked->reading->post([reader = tracked->reader] { reader->forget(); });
         if (!tracked->isMissing && std::exchange(tracked->mayBePacked, false)) {
             pack(tracked);
         }

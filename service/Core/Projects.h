@@ -29,8 +29,8 @@ class Projects : public QObject {
 
 public:
     struct Options {
-        QString home;             ///< looked through for projects
-        QString settingsPath;     ///< what is remembered between runs
+        QString home;                   ///< looked through for projects
+        QString settingsPath;           ///< what is remembered between runs
         std::optional<int> packAfterMs; ///< without it: when the machine is idle
     };
 
@@ -75,6 +75,7 @@ private:
     void load(const TrackedPtr &tracked, Origin origin, std::optional<Responder> respond);
     void loaded(const TrackedPtr &tracked, const Outcome<void> &outcome,
                 const std::optional<Responder> &respond);
+    bool isStarting() const;
     void remove(const TrackedPtr &tracked);
     void apply(const TrackedPtr &tracked, ProjectSnapshot snapshot);
     void makeUnique(const TrackedPtr &tracked);
@@ -109,6 +110,7 @@ private:
 
     Options m_options;
     Settings m_settings;
+    Settings m_saved; ///< as they are on the disk
     QList<TrackedPtr> m_tracked;
     QThreadPool m_writers;
     QThreadPool m_readers;

@@ -12,14 +12,16 @@ constexpr qsizetype kLargestCompared = 24 * 1024 * 1024;
 
 } // namespace
 
-SaveSummary summarise(const QByteArray &base, const QByteArray &head)
+SaveSummary summarise(const std::function<std::optional<QByteArray>()> &base,
+                      const QByteArray &head)
 {
     SaveSummary summary;
-    summary.deltaCount = base == head ? 0 : 1;
-    if (base.size() > kLargestCompared || head.size() > kLargestCompared) {
+    summary.deltaCount = 1;
+    const auto old = head.size() <= kLargestCompared ? base() : std::nullopt;
+    if (!old || old->size() > kLargestCompared) {
         return summary;
     }
-    const auto before = readSetXml(base);
+    const auto before = readSetXml(*old);
     const auto after = readSetXml(head);
     if (before && after) {
         const auto changes = diffSets(*before, *after);

@@ -14,7 +14,9 @@ struct SaveSummary {
     qint64 deltaCount = 0;
 };
 
-/// Compares two states of a set, given as XML. Thread-safe.
-SaveSummary summarise(const QByteArray &base, const QByteArray &head);
+/// Compares two states of a set, given as XML; `base` is asked for only if they will be compared.
+/// Thread-safe.
+SaveSummary summarise(const std::function<std::optional<QByteArray>()> &base,
+                      const QByteArray &head);
 
 } // namespace ostra

@@ -315,9 +315,8 @@ void TestService::savesWhileTheServiceWasAwayAreRecorded()
     write("Music/Album/Song.als", SetFactory::set(2));
     QVERIFY(m_service->start());
     m_client = m_service->connect();
-    COMPARE_JSON(m_client->save()["repo"], "Album");
-    COMPARE_JSON(
-        ask({{"cmd", "song_graph"}, {"repo", "Album"}, {"file", "Song.als"}})["nodes"].size(), 2u);
+    QTRY_VERIFY(
+        ask({{"cmd", "song_graph"}, {"repo", "Album"}, {"file", "Song.als"}})["nodes"].size() == 2);
 }
 
 void TestService::watchPathsAreKept()
