@@ -11,7 +11,7 @@ namespace ostra {
 namespace {
 
 constexpr int kLiveLevel = 6;
-constexpr qsizetype kChunk = 1024 * 1024;
+constexpr qsizetype kChunk = qsizetype{1024} * 1024;
 constexpr qsizetype kFixedHeader = 10;
 
 // Flags of a gzip header (RFC 1952).

@@ -13,7 +13,7 @@
 namespace ostra {
 
 /// The largest XML that is accepted, so that a small hostile file cannot fill the memory.
-inline constexpr qsizetype kMaxInflatedSize = 512 * 1024 * 1024;
+inline constexpr qsizetype kMaxInflatedSize = qsizetype{512} * 1024 * 1024;
 
 /// How a file was wrapped, as far as it is needed to wrap a text again in the same manner.
 struct Container {

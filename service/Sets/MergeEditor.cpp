@@ -663,10 +663,8 @@ QByteArray MergeEditor::blankSlot(const SetDocument &document, xml_node list, in
 void MergeEditor::writeTracks(const std::vector<Placed> &tracks)
 {
     SetWriter::Items items;
-    std::vector<xml_node> before;
-    for (const auto child : m_states.into.model().trackList.children()) {
-        before.push_back(child);
-    }
+    const auto children = m_states.into.model().trackList.children();
+    const std::vector<xml_node> before(children.begin(), children.end());
     for (const auto &placed : tracks) {
         const auto group = placed.track->node.child("TrackGroupId");
         auto &writer = placed.isFrom ? m_from : m_into;

@@ -17,7 +17,7 @@ constexpr int kMaxDepth = 200;
 constexpr qsizetype kNodeCost = 64;
 constexpr qsizetype kAttributeCost = 40;
 constexpr qsizetype kGrantedCost = 5;
-constexpr qsizetype kAlwaysGranted = 1024 * 1024;
+constexpr qsizetype kAlwaysGranted = qsizetype{1024} * 1024;
 
 SetError broken()
 {
@@ -96,7 +96,7 @@ SetResult<std::shared_ptr<const SetDocument>> SetDocument::parse(QByteArray xml,
     const auto parsed = document->m_tree.load_buffer_inplace(
         document->m_parsed.data(), static_cast<std::size_t>(document->m_parsed.size()),
         pugi::parse_escapes | pugi::parse_embed_pcdata, pugi::encoding_utf8);
-    if (!parsed || isTooDeep(document->m_tree)) {
+    if (!parsed || isTooDeep(document->m_tree.root())) {
         return tl::unexpected(broken());
     }
     if (QByteArrayView(document->root().name()) != "Ableton" ||
