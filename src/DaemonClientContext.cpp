@@ -74,8 +74,9 @@ void DaemonClient::Context::handleChunk(const QByteArray &chunk, const Socket &f
     }
     m_splitter.append(chunk);
     while (const std::optional<QByteArrayView> line = m_splitter.next()) {
-        if (!line->isEmpty() && line->isValidUtf8()) {
-            routeLine(*line);
+        // NOLINTNEXTLINE(bugprone-unchecked-optional-access): the loop's condition is the check
+        if (const QByteArrayView text = *line; !text.isEmpty() && text.isValidUtf8()) {
+            routeLine(text);
         }
     }
     // Chunks without end can keep the timer from firing.
