@@ -11,7 +11,7 @@ namespace ostra::Log {
 
 namespace {
 
-constexpr qint64 kLargestPiece = 1024 * 1024;
+constexpr qint64 kLargestPiece = 1024LL * 1024;
 
 struct Sink {
     std::mutex mutex;

@@ -16,8 +16,8 @@ namespace ostra {
 namespace {
 
 /// A peer that does not read is dropped before its events fill the memory.
-constexpr qint64 kMostUnread = 64 * 1024 * 1024;
-constexpr qint64 kReadAhead = 64 * 1024;
+constexpr qint64 kMostUnread = 64LL * 1024 * 1024;
+constexpr qint64 kReadAhead = 64LL * 1024;
 
 /// Whether the other end runs as this user.
 bool isOwnUser(qintptr descriptor)
@@ -162,9 +162,9 @@ CommandServer::~CommandServer()
     qDeleteAll(m_connections);
 }
 
-void CommandServer::handle(const QString &command, Handler handler)
+void CommandServer::handle(const QString &command, const Handler &handler)
 {
-    m_handlers.insert(command, std::move(handler));
+    m_handlers.insert(command, handler);
 }
 
 tl::expected<void, QString> CommandServer::listen(const QString &path)

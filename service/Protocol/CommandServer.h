@@ -47,7 +47,7 @@ public:
     ~CommandServer() override;
 
     /// What answers the command of this name. A later handler replaces an earlier one.
-    void handle(const QString &command, Handler handler);
+    void handle(const QString &command, const Handler &handler);
 
     /// Listens on `path`, for this user only. A file that is there is removed: the caller holds the
     /// lock that makes it the only service. Fails with a sentence.

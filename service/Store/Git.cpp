@@ -7,8 +7,8 @@ namespace ostra {
 namespace {
 
 // Large enough for the commits of the songs somebody looks at, small enough for an idle service.
-constexpr ssize_t kObjectCacheBytes = 2 * 1024 * 1024;
-constexpr size_t kMappedPackBytes = 64 * 1024 * 1024;
+constexpr ssize_t kObjectCacheBytes = 2LL * 1024 * 1024;
+constexpr size_t kMappedPackBytes = 64ULL * 1024 * 1024;
 
 } // namespace
 

@@ -21,7 +21,7 @@ namespace ostra {
 namespace {
 
 /// Packing compares neighbours in memory; large sets have fewer neighbours.
-constexpr qint64 kPackWindowBytes = 192 * 1024 * 1024;
+constexpr qint64 kPackWindowBytes = 192LL * 1024 * 1024;
 
 constexpr const char *kXmlEntry = "set.xml";
 constexpr const char *kContainerEntry = "container";

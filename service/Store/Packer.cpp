@@ -16,7 +16,7 @@ namespace ostra::Packer {
 namespace {
 
 constexpr int kWorthwhileObjects = 60;
-constexpr qint64 kWorthwhileBytes = 4 * 1024 * 1024;
+constexpr qint64 kWorthwhileBytes = 4LL * 1024 * 1024;
 constexpr int kMostPacks = 20;
 
 const QString kNotPacked = QStringLiteral("The history could not be packed");
