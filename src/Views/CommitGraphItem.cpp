@@ -1,9 +1,12 @@
 #include "Views/CommitGraphItem.h"
 
+#include "Views/StrokeMask.h"
+
 #include <QFontMetricsF>
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 
 namespace ostra {
 
@@ -15,22 +18,21 @@ constexpr qreal kLabelX = 14;
 /// Room that a revealed save keeps to the pane's edges.
 constexpr qreal kRevealMargin = 40;
 
-/// Line by line: one path of many that cross costs far more than each of them alone.
-void paintEdges(QPainter &painter, const QPainterPath &edges)
+void paintEdges(QPainter &painter, const QPainterPath &edges, const QColor &color,
+                const QRectF &area)
 {
-    QList<QLineF> lines;
-    for (int i = 0; i + 1 < edges.elementCount(); ++i) {
-        const QPainterPath::Element start = edges.elementAt(i);
-        const QPainterPath::Element next = edges.elementAt(i + 1);
-        if (next.isLineTo()) {
-            lines.append({start, next});
-        } else if (next.isCurveTo()) {
-            QPainterPath curve(start);
-            curve.cubicTo(next, edges.elementAt(i + 2), edges.elementAt(i + 3));
-            painter.drawPath(curve);
-        }
+    const QTransform toPixels = painter.deviceTransform();
+    const QRectF reached = edges.controlPointRect().adjusted(-kStroke, -kStroke, kStroke, kStroke);
+    const QRect pixels = toPixels.mapRect(area.intersected(reached)).toAlignedRect();
+    if (edges.isEmpty() || pixels.isEmpty()) {
+        return;
     }
-    painter.drawLines(lines);
+    StrokeMask strokes(pixels);
+    strokes.add(edges, toPixels, kStroke * std::sqrt(std::abs(toPixels.determinant())));
+    painter.save();
+    painter.setTransform(toPixels.inverted(), true);
+    painter.drawImage(pixels.topLeft(), strokes.painted(color));
+    painter.restore();
 }
 
 void paintDot(QPainter &painter, const CommitGraphLayout &layout, const CommitGraphStyle &style,
@@ -62,11 +64,9 @@ void paintCommitGraph(QPainter &painter, const CommitGraphLayout &layout,
 {
     using EdgeSet = CommitGraphLayout::EdgeSet;
     const QRectF touched = area.adjusted(-kStroke, -kStroke, kStroke, kStroke);
-    painter.setBrush(Qt::NoBrush);
     for (const EdgeSet set : {EdgeSet::offCurrentLane, EdgeSet::onCurrentLane}) {
         const QColor color = set == EdgeSet::onCurrentLane ? style.grey : style.greyDim;
-        painter.setPen(QPen(color, kStroke, Qt::SolidLine, Qt::FlatCap));
-        paintEdges(painter, layout.edges(set, touched));
+        paintEdges(painter, layout.edges(set, touched), color, area);
     }
     const auto [first, last] = layout.nodesBetween(area.left(), area.right());
     const qreal reach = layout.metrics().mergeRadius + kStroke;

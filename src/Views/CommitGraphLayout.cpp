@@ -1,8 +1,6 @@
 #include "Views/CommitGraphLayout.h"
 
 #include <QHash>
-#include <QPoint>
-#include <QSet>
 
 #include <algorithm>
 #include <cmath>
@@ -163,7 +161,6 @@ QPainterPath CommitGraphLayout::edges(EdgeSet set, const QRectF &area) const
     const qreal from = (area.left() - m_metrics.leadInset) / spacing;
     const qreal to = (area.right() - m_metrics.leadInset) / spacing;
     const bool wantCurrent = set == EdgeSet::onCurrentLane;
-    QSet<QPoint> spanned;
     for (size_t block = 0; block < m_blockReach.size(); ++block) {
         const size_t first = block * kBlock;
         if (std::min(m_edges[first].parent, m_edges[first].child) > to) {
@@ -176,15 +173,14 @@ QPainterPath CommitGraphLayout::edges(EdgeSet set, const QRectF &area) const
         for (size_t i = first; i < end; ++i) {
             const auto [low, high] = std::minmax(m_edges[i].parent, m_edges[i].child);
             if (low <= to && high >= from && isOnCurrentLane(m_edges[i].child) == wantCurrent) {
-                addEdge(path, m_edges[i], area, spanned);
+                addEdge(path, m_edges[i], area);
             }
         }
     }
     return path;
 }
 
-void CommitGraphLayout::addEdge(QPainterPath &path, const Edge &edge, const QRectF &area,
-                                QSet<QPoint> &spanned) const
+void CommitGraphLayout::addEdge(QPainterPath &path, const Edge &edge, const QRectF &area) const
 {
     const QPointF parent = placed(edge.parent);
     const QPointF child = placed(edge.child);
@@ -211,18 +207,10 @@ void CommitGraphLayout::addEdge(QPainterPath &path, const Edge &edge, const QRec
         if (!coversHeight(curve.start.y(), curve.end.y(), area)) {
             return;
         }
-        if (left < area.left() && right > area.right()) {
-            // Long lines lie close together: those that cannot be told apart are one.
-            const QPoint ends(qRound(2 * curve.start.y()), qRound(2 * curve.end.y()));
-            if (spanned.contains(ends)) {
-                return;
-            }
-            spanned.insert(ends);
-            if (right - left > kStraightFrom * area.width()) {
-                path.moveTo(curve.start);
-                path.lineTo(curve.end);
-                return;
-            }
+        if (right - left > kStraightFrom * area.width()) {
+            path.moveTo(curve.start);
+            path.lineTo(curve.end);
+            return;
         }
     }
     path.moveTo(curve.start);

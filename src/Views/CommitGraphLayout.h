@@ -5,7 +5,6 @@
 #include <QPainterPath>
 #include <QPoint>
 #include <QRectF>
-#include <QSet>
 
 #include <optional>
 #include <vector>
@@ -58,8 +57,7 @@ public:
     int lane(qsizetype node) const { return m_lanes[size_t(node)]; }
 
     /// The lines of one set that touch the area, each cut to its width: coordinates stay small
-    /// however far away the ends are, and a line that lies wholly inside is the uncut one. Of lines
-    /// that cross the whole area within half a point of each other one is there.
+    /// however far away the ends are, and a line that lies wholly inside is the uncut one.
     QPainterPath edges(EdgeSet set, const QRectF &area) const;
     /// All lines of one set.
     QPainterPath edges(EdgeSet set) const;
@@ -82,8 +80,7 @@ private:
     void placeNodes(const SongGraph &graph);
     void connectParents(const SongGraph &graph);
     void indexEdges();
-    void addEdge(QPainterPath &path, const Edge &edge, const QRectF &area,
-                 QSet<QPoint> &spanned) const;
+    void addEdge(QPainterPath &path, const Edge &edge, const QRectF &area) const;
 
     Metrics m_metrics;
     int m_currentLane = 0;
