@@ -118,17 +118,19 @@ void StrokeMask::addSide(QPointF from, QPointF to)
         return;
     }
     const qreal slope = (to.x() - from.x()) / (to.y() - from.y());
+    const auto width = float(m_pixels.width());
     const auto xAt = [&](qreal y) {
-        return float(std::clamp(from.x() + (y - from.y()) * slope, 0.0, qreal(m_pixels.width())));
+        return std::clamp(float(from.x() + (y - from.y()) * slope), 0.0F, width);
     };
     float x = xAt(top);
+    qreal y = top;
     for (int row = int(top); row < bottom; ++row) {
-        const qreal rowTop = std::max(top, qreal(row));
-        const qreal rowBottom = std::min(bottom, qreal(row + 1));
-        const float nextX = xAt(rowBottom);
+        const qreal nextY = std::min(bottom, row + 1.0);
+        const float nextX = xAt(nextY);
         addInRow(&m_changes[size_t(row) * size_t(m_stride)], std::min(x, nextX), std::max(x, nextX),
-                 sense * float(rowBottom - rowTop));
+                 sense * float(nextY - y));
         x = nextX;
+        y = nextY;
     }
 }
 
