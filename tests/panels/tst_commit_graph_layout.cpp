@@ -79,9 +79,9 @@ int touching(const SongGraph &graph, const CommitGraphLayout &layout, EdgeSet se
             continue;
         }
         for (const QString &id : graph.nodes[child].parents) {
-            const auto [left, right] =
-                std::minmax(layout.placed(id.toInt()).x(), layout.placed(child).x());
-            count += left <= area.right() && right >= area.left();
+            const qreal from = layout.placed(id.toInt()).x();
+            const qreal to = layout.placed(child).x();
+            count += std::min(from, to) <= area.right() && std::max(from, to) >= area.left();
         }
     }
     return count;
