@@ -187,7 +187,8 @@ void CommitGraphLayout::addEdge(QPainterPath &path, const Edge &edge, const QRec
     if (!coversHeight(parent.y(), child.y(), area)) {
         return;
     }
-    const auto [left, right] = std::minmax(parent.x(), child.x());
+    const qreal left = std::min(parent.x(), child.x());
+    const qreal right = std::max(parent.x(), child.x());
     const bool whole = left >= area.left() && right <= area.right();
     if (std::abs(parent.y() - child.y()) < 0.5) {
         const auto cut = [&area](qreal x) {
