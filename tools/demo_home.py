@@ -144,8 +144,8 @@ def draw(home, file):
     try:
         client.find("push button", "Night Drive Project", timeout=20).press()
         client.find("push button", "Night Drive")
+        time.sleep(1)  # the card opens, the picture is of what it opens to
         x, y, width, height = client.find("frame", "OSTRA").extents
-        time.sleep(0.6)  # the card opens, the picture is of what it opens to
         subprocess.run(["import", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}", "+repage",
                         str(file)], check=True)
     finally:
