@@ -20,7 +20,7 @@ class Daemon : public QObject {
 public:
     struct Options {
         QString home;
-        QString program; ///< started at log-in
+        QString program;                ///< started at log-in
         std::optional<int> packAfterMs; ///< without it: when the machine is idle
     };
     enum class Start { running, alreadyRunning, failed };
