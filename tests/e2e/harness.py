@@ -51,8 +51,10 @@ class Desktop:
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="ostra-desktop-"))
         os.environ.pop("WAYLAND_DISPLAY", None)
         read, write = os.pipe()
-        self._start(["Xvfb", "-displayfd", str(write), "-screen", "0", size, "-nolisten", "tcp"],
-                    pass_fds=[write])
+        # Without -noreset the server starts over when its only client goes, and takes down whoever
+        # is just connecting: the launcher below comes and goes.
+        self._start(["Xvfb", "-displayfd", str(write), "-screen", "0", size, "-nolisten", "tcp",
+                     "-noreset"], pass_fds=[write])
         os.close(write)
         # To the end of the line: the server gives up if its number is not read whole.
         with os.fdopen(read) as number:
