@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 namespace ostra {
 
 namespace {
-constexpr auto kDismissalGrace = 250ms;
+constexpr auto kDismissalGrace = 700ms; // a slow click
 constexpr auto kWindowUrl = "qrc:/qt/qml/Ostra/Views/OstraWindow.qml";
 } // namespace
 
