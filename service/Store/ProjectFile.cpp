@@ -1,15 +1,15 @@
 #include "Store/ProjectFile.h"
 
 #include "Store/AtomicFile.h"
+#include "Store/StoredJson.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 namespace ostra {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Json = StoredJson;
 
 constexpr int kFormat = 1;
 
@@ -18,52 +18,10 @@ std::string text(const QString &value)
     return value.toStdString();
 }
 
-Json texts(const QStringList &values)
-{
-    Json list = Json::array();
-    for (const QString &value : values) {
-        list.push_back(text(value));
-    }
-    return list;
-}
-
-QString readText(const Json &object, const char *key)
-{
-    const auto found = object.find(key);
-    return found != object.end() && found->is_string()
-               ? QString::fromStdString(found->get_ref<const std::string &>())
-               : QString();
-}
-
 qint64 readNumber(const Json &object, const char *key)
 {
     const auto found = object.find(key);
     return found != object.end() && found->is_number_integer() ? found->get<qint64>() : 0;
-}
-
-QStringList readTexts(const Json &object, const char *key)
-{
-    QStringList values;
-    if (const auto found = object.find(key); found != object.end() && found->is_array()) {
-        for (const Json &value : *found) {
-            if (value.is_string()) {
-                values << QString::fromStdString(value.get_ref<const std::string &>());
-            }
-        }
-    }
-    return values;
-}
-
-template <typename Read>
-void forEachObject(const Json &object, const char *key, Read read)
-{
-    if (const auto found = object.find(key); found != object.end() && found->is_array()) {
-        for (const Json &element : *found) {
-            if (element.is_object()) {
-                read(element);
-            }
-        }
-    }
 }
 
 Json write(const ProjectFile &project)
@@ -76,14 +34,14 @@ Json write(const ProjectFile &project)
     for (const SongEntry &song : project.songs) {
         json["songs"].push_back({{"file", text(song.file)},
                                  {"current", text(song.current)},
-                                 {"variations", texts(song.variations)}});
+                                 {"variations", toJson(song.variations)}});
     }
     for (const TrashEntry &entry : project.trash) {
         Json item{{"id", text(entry.id)},
                   {"deleted_at", entry.deletedAt},
                   {"file", text(entry.file)},
                   {"current", text(entry.current)},
-                  {"variations", texts(entry.variations)}};
+                  {"variations", toJson(entry.variations)}};
         if (entry.variation) {
             item["variation"] = text(*entry.variation);
         }
@@ -167,7 +125,7 @@ std::optional<ProjectFile> ProjectFile::load(const QString &path)
 Outcome<void> ProjectFile::save(const QString &path) const
 {
     const std::string json =
-        write(*this).dump(1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+        write(*this).dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
     return replaceFile(path, QByteArrayView(json.data(), static_cast<qsizetype>(json.size())));
 }
 
