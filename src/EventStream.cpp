@@ -48,20 +48,9 @@ void EventStream::Channel::wake()
     }
 }
 
-EventStream::EventStream() : m_channel(std::make_shared<Channel>())
-{
-    m_channel->finish();
-}
-
 EventStream::EventStream(std::shared_ptr<Channel> channel) : m_channel(std::move(channel)) {}
 
 EventStream::EventStream(EventStream &&) noexcept = default;
-
-EventStream &EventStream::operator=(EventStream &&other) noexcept
-{
-    std::swap(m_channel, other.m_channel);
-    return *this;
-}
 
 EventStream::~EventStream()
 {

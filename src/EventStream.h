@@ -15,11 +15,8 @@ class EventStream {
 public:
     class Channel;
 
-    /// A stream that has already finished.
-    EventStream();
     explicit EventStream(std::shared_ptr<Channel> channel);
     EventStream(EventStream &&) noexcept;
-    EventStream &operator=(EventStream &&) noexcept;
     ~EventStream();
 
     /// The next event, or nothing when the stream has finished. Resumes on the calling thread,
