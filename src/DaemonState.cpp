@@ -1,8 +1,8 @@
 #include "DaemonState.h"
 
 #include "DiscoveredListModel.h"
+#include "FolderListModel.h"
 #include "RepoListModel.h"
-#include "WatchPathListModel.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -24,7 +24,7 @@ DaemonState::DaemonState(Environment environment, std::unique_ptr<DaemonClient> 
                          QObject *parent)
     : QObject(parent), m_environment(std::move(environment)), m_repos(new RepoListModel(this)),
       m_discoveredProjects(new DiscoveredListModel(this)),
-      m_watchPathModel(new WatchPathListModel(this)),
+      m_watchPathModel(new FolderListModel(this)),
       m_client(client ? std::move(client)
                       : std::make_unique<DaemonClient>(m_environment.scheduler,
                                                        m_environment.homePath +
@@ -107,7 +107,7 @@ DiscoveredListModel *DaemonState::discoveredModel() const
     return m_discoveredProjects;
 }
 
-WatchPathListModel *DaemonState::watchPathModel() const
+FolderListModel *DaemonState::watchPathModel() const
 {
     return m_watchPathModel;
 }

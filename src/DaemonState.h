@@ -16,15 +16,15 @@
 #include <optional>
 
 Q_MOC_INCLUDE("DiscoveredListModel.h")
+Q_MOC_INCLUDE("FolderListModel.h")
 Q_MOC_INCLUDE("RepoListModel.h")
-Q_MOC_INCLUDE("WatchPathListModel.h")
 
 namespace ostra {
 
 class DiscoveredListModel;
+class FolderListModel;
 class HostApplications;
 class RepoListModel;
-class WatchPathListModel;
 
 /// The one observable store of the application: the connection to the service, its data as last
 /// reported, and every operation that a view may start. Views read its properties and call its
@@ -39,7 +39,7 @@ class DaemonState : public QObject {
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(ostra::RepoListModel *repos READ repoModel CONSTANT)
     Q_PROPERTY(ostra::DiscoveredListModel *discoveredProjects READ discoveredModel CONSTANT)
-    Q_PROPERTY(ostra::WatchPathListModel *watchPathModel READ watchPathModel CONSTANT)
+    Q_PROPERTY(ostra::FolderListModel *watchPathModel READ watchPathModel CONSTANT)
     Q_PROPERTY(QStringList watchPaths READ watchPaths NOTIFY watchPathsChanged)
     Q_PROPERTY(ConnectionState connectionState READ connectionState NOTIFY connectionStateChanged)
     Q_PROPERTY(bool isScanning READ isScanning NOTIFY isScanningChanged)
@@ -87,7 +87,7 @@ public:
     bool isDirty() const;
     RepoListModel *repoModel() const;
     DiscoveredListModel *discoveredModel() const;
-    WatchPathListModel *watchPathModel() const;
+    FolderListModel *watchPathModel() const;
     DaemonClient &client() const;
 
     QString lastErrorText() const;
@@ -197,7 +197,7 @@ private:
     const Environment m_environment;
     RepoListModel *const m_repos;
     DiscoveredListModel *const m_discoveredProjects;
-    WatchPathListModel *const m_watchPathModel;
+    FolderListModel *const m_watchPathModel;
     QStringList m_watchPaths;
     ConnectionState m_connectionState = ConnectionState::disconnected;
     bool m_isScanning = false;

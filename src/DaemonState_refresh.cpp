@@ -1,7 +1,7 @@
 #include "DaemonState.h"
 #include "DiscoveredListModel.h"
+#include "FolderListModel.h"
 #include "RepoListModel.h"
-#include "WatchPathListModel.h"
 
 #include <QCoroTimer>
 #include <QPointer>
@@ -195,7 +195,7 @@ QCoro::Task<> DaemonState::fetchWatchPaths()
         log(QStringLiteral("Failed to fetch watch paths: ") +
             DaemonClient::description(reply.error()));
     } else if (auto *watched = std::get_if<Reply::WatchPaths>(&*reply)) {
-        m_watchPathModel->setRows(watched->paths);
+        m_watchPathModel->setPaths(watched->paths);
         assign(m_watchPaths, std::move(watched->paths), &DaemonState::watchPathsChanged);
     }
 }

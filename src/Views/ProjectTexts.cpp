@@ -130,16 +130,6 @@ QString abletonNoticeMessage(const AbletonNotice &notice)
            u" as it was before the switch — don't save it. Relaunch to load the switched version."_s;
 }
 
-QString homeRelative(const QString &path, const QString &home)
-{
-    const QString folder = home.endsWith(u'/') ? home.chopped(1) : home;
-    if (folder.isEmpty() || !path.startsWith(folder)) {
-        return path;
-    }
-    const QString rest = path.sliced(folder.size());
-    return rest.isEmpty() || rest.startsWith(u'/') ? u"~"_s + rest : path;
-}
-
 QString shortVariation(const QString &reference)
 {
     if (!reference.startsWith(u"song/"_s)) {

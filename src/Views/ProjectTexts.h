@@ -50,10 +50,6 @@ QString versionText(const std::optional<QString> &shortVersion);
 /// The subject's old set is still what Ableton Live plays.
 QString abletonNoticeMessage(const AbletonNotice &notice);
 
-/// A path with the home folder written as "~". Only whole components count: with the home folder
-/// /home/ada, /home/adam stays as it is.
-QString homeRelative(const QString &path, const QString &home);
-
 /// What a variation is called: "song/<file>/<name>" is <name>, anything else stands for itself.
 QString shortVariation(const QString &reference);
 

@@ -1,16 +1,13 @@
 #include "Views/SettingsViewModel.h"
 
 #include "DaemonState.h"
-#include "Views/FolderListModel.h"
+#include "FolderListModel.h"
 
 namespace ostra {
 
 using namespace Qt::StringLiterals;
 
-SettingsViewModel::SettingsViewModel(QObject *parent)
-    : QObject(parent), m_watchPaths(new FolderListModel(this))
-{
-}
+SettingsViewModel::SettingsViewModel(QObject *parent) : QObject(parent) {}
 
 DaemonState *SettingsViewModel::daemon() const
 {
@@ -23,17 +20,22 @@ void SettingsViewModel::setDaemon(DaemonState *daemon)
         return;
     }
     m_daemon = daemon;
-    connect(daemon, &DaemonState::watchPathsChanged, this, &SettingsViewModel::updateWatchPaths);
+    connect(daemon, &DaemonState::watchPathsChanged, this, &SettingsViewModel::watchPathsChanged);
     connect(daemon, &DaemonState::isScanningChanged, this, &SettingsViewModel::rescanTitleChanged);
-    updateWatchPaths();
     emit daemonChanged();
+    emit watchPathsChanged();
     emit rescanTitleChanged();
     load(daemon);
 }
 
+FolderListModel *SettingsViewModel::watchPaths() const
+{
+    return m_daemon ? m_daemon->watchPathModel() : nullptr;
+}
+
 bool SettingsViewModel::hasWatchPaths() const
 {
-    return !m_watchPaths->rows().isEmpty();
+    return m_daemon && !m_daemon->watchPaths().isEmpty();
 }
 
 QString SettingsViewModel::rescanTitle() const
@@ -74,12 +76,6 @@ QCoro::Task<> SettingsViewModel::remove(QPointer<DaemonState> daemon, QString pa
     if (daemon) {
         co_await daemon->fetchWatchPaths();
     }
-}
-
-void SettingsViewModel::updateWatchPaths()
-{
-    m_watchPaths->setPaths(m_daemon->watchPaths());
-    emit watchPathsChanged();
 }
 
 } // namespace ostra

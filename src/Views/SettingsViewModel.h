@@ -6,7 +6,7 @@
 #include <QtQml/qqmlregistration.h>
 
 Q_MOC_INCLUDE("DaemonState.h")
-Q_MOC_INCLUDE("Views/FolderListModel.h")
+Q_MOC_INCLUDE("FolderListModel.h")
 
 namespace ostra {
 
@@ -19,7 +19,7 @@ class SettingsViewModel : public QObject {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(ostra::DaemonState *daemon READ daemon WRITE setDaemon NOTIFY daemonChanged REQUIRED)
-    Q_PROPERTY(ostra::FolderListModel *watchPaths READ watchPaths CONSTANT)
+    Q_PROPERTY(ostra::FolderListModel *watchPaths READ watchPaths NOTIFY daemonChanged)
     Q_PROPERTY(bool hasWatchPaths READ hasWatchPaths NOTIFY watchPathsChanged)
     Q_PROPERTY(QString rescanTitle READ rescanTitle NOTIFY rescanTitleChanged)
 
@@ -30,7 +30,7 @@ public:
     /// Once. Setting it is showing the settings: the watch folders and the agent's state are
     /// fetched.
     void setDaemon(DaemonState *daemon);
-    FolderListModel *watchPaths() const { return m_watchPaths; }
+    FolderListModel *watchPaths() const;
     bool hasWatchPaths() const;
     QString rescanTitle() const;
 
@@ -46,10 +46,8 @@ signals:
 private:
     static QCoro::Task<> load(QPointer<DaemonState> daemon);
     static QCoro::Task<> remove(QPointer<DaemonState> daemon, QString path);
-    void updateWatchPaths();
 
     QPointer<DaemonState> m_daemon;
-    FolderListModel *m_watchPaths;
 };
 
 } // namespace ostra

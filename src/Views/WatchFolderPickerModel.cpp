@@ -1,8 +1,8 @@
 #include "Views/WatchFolderPickerModel.h"
 
 #include "DaemonState.h"
+#include "FolderListModel.h"
 #include "Platform/FolderChooser.h"
-#include "Views/FolderListModel.h"
 
 #include <QCoroFuture>
 #include <QDir>

@@ -5,7 +5,7 @@
 #include <QPointer>
 #include <QtQml/qqmlregistration.h>
 
-Q_MOC_INCLUDE("Views/FolderListModel.h")
+Q_MOC_INCLUDE("FolderListModel.h")
 
 namespace ostra {
 

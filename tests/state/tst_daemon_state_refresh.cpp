@@ -1,8 +1,8 @@
 #include "DiscoveredListModel.h"
+#include "FolderListModel.h"
 #include "Records.h"
 #include "RepoListModel.h"
 #include "StoreFixture.h"
-#include "WatchPathListModel.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
@@ -691,8 +691,8 @@ void DaemonStateRefreshTest::fetchesTheWatchedFolders()
     world.settle();
     QCOMPARE(world.state->watchPaths(), QStringList({QStringLiteral("/z"), QStringLiteral("/a")}));
     QCOMPARE(changes.size(), 1);
-    const WatchPathListModel *model = world.state->watchPathModel();
-    QCOMPARE(model->count(), 2);
+    const FolderListModel *model = world.state->watchPathModel();
+    QCOMPARE(model->rowCount(), 2);
     QCOMPARE(model->data(model->index(1), model->roleNames().key("path")),
              QVariant(QStringLiteral("/a")));
 }

@@ -1,3 +1,4 @@
+#include "FolderListModel.h"
 #include "Views/ProjectTexts.h"
 
 #include <QTest>

@@ -1,10 +1,20 @@
-#include "Views/FolderListModel.h"
-
-#include "Views/ProjectTexts.h"
+#include "FolderListModel.h"
 
 #include <QDir>
 
 namespace ostra {
+
+using namespace Qt::StringLiterals;
+
+QString homeRelative(const QString &path, const QString &home)
+{
+    const QString folder = home.endsWith(u'/') ? home.chopped(1) : home;
+    if (folder.isEmpty() || !path.startsWith(folder)) {
+        return path;
+    }
+    const QString rest = path.sliced(folder.size());
+    return rest.isEmpty() || rest.startsWith(u'/') ? u"~"_s + rest : path;
+}
 
 QHash<int, QByteArray> FolderRowTraits::roleNames()
 {
@@ -28,7 +38,7 @@ void FolderListModel::setPaths(const QStringList &paths)
     const QString home = QDir::homePath();
     QList<FolderRow> rows;
     for (const QString &path : paths) {
-        rows.append({path, ProjectTexts::homeRelative(path, home)});
+        rows.append({path, homeRelative(path, home)});
     }
     setRows(std::move(rows));
 }

@@ -6,6 +6,10 @@
 
 namespace ostra {
 
+/// A path with the home folder written as "~". Only whole components count: with the home folder
+/// /home/ada, /home/adam stays as it is.
+QString homeRelative(const QString &path, const QString &home);
+
 /// One watched folder, or one folder that a typed path may be completed to.
 struct FolderRow {
     QString path;
@@ -27,7 +31,7 @@ struct FolderRowTraits {
 class FolderListModel : public KeyedListModel<FolderRow, FolderRowTraits> {
     Q_OBJECT
     QML_ELEMENT
-    QML_UNCREATABLE("made by the models of the settings")
+    QML_UNCREATABLE("made by the store and by the models of the settings")
 
 public:
     using KeyedListModel::KeyedListModel;
