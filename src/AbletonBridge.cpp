@@ -29,7 +29,7 @@ QString bundleId()
     return QString::fromLatin1(kBundleId);
 }
 
-QCoro::Task<Outcome> quit(HostApplications &host, Scheduler &scheduler)
+QCoro::Task<Outcome> quit(HostApplications &host, Scheduler &scheduler, std::stop_token stop)
 {
     const auto running = host.running(bundleId());
     if (running.empty()) {
@@ -42,7 +42,10 @@ QCoro::Task<Outcome> quit(HostApplications &host, Scheduler &scheduler)
         if (scheduler.now() >= deadline) {
             co_return tl::unexpected(Error(RelaunchError::quitTimedOut));
         }
-        co_await scheduler.sleep(kPollInterval);
+        co_await scheduler.sleep(kPollInterval, stop);
+        if (stop.stop_requested()) {
+            co_return tl::unexpected(Error(u"The relaunch was given up."_s));
+        }
     }
     co_return Outcome{};
 }
@@ -68,9 +71,9 @@ bool isRunning(const HostApplications &host)
     return !host.running(bundleId()).empty();
 }
 
-QCoro::Task<Outcome> relaunchApp(HostApplications &host, Scheduler &scheduler)
+QCoro::Task<Outcome> relaunchApp(HostApplications &host, Scheduler &scheduler, std::stop_token stop)
 {
-    const auto quitted = co_await quit(host, scheduler);
+    const auto quitted = co_await quit(host, scheduler, std::move(stop));
     if (!quitted) {
         co_return quitted;
     }
@@ -81,9 +84,10 @@ QCoro::Task<Outcome> relaunchApp(HostApplications &host, Scheduler &scheduler)
     co_return co_await open(host, application);
 }
 
-QCoro::Task<Outcome> relaunch(HostApplications &host, Scheduler &scheduler, QUrl document)
+QCoro::Task<Outcome> relaunch(HostApplications &host, Scheduler &scheduler, QUrl document,
+                              std::stop_token stop)
 {
-    const auto quitted = co_await quit(host, scheduler);
+    const auto quitted = co_await quit(host, scheduler, std::move(stop));
     if (!quitted) {
         co_return quitted;
     }

@@ -5,6 +5,7 @@
 #include <QUrl>
 
 #include <optional>
+#include <stop_token>
 #include <tl/expected.hpp>
 #include <variant>
 
@@ -27,12 +28,14 @@ QString description(const Error &error);
 
 bool isRunning(const HostApplications &host);
 
-/// Quits Live (30 seconds at most) and starts it again without a document.
-QCoro::Task<tl::expected<void, Error>> relaunchApp(HostApplications &host, Scheduler &scheduler);
+/// Quits Live (30 seconds at most) and starts it again without a document. Once `stop` is asked
+/// for nothing is opened any more, and the host and the scheduler may go.
+QCoro::Task<tl::expected<void, Error>> relaunchApp(HostApplications &host, Scheduler &scheduler,
+                                                   std::stop_token stop = {});
 
-/// Quits Live (30 seconds at most) and opens `document`.
+/// The same, and opens `document`.
 QCoro::Task<tl::expected<void, Error>> relaunch(HostApplications &host, Scheduler &scheduler,
-                                                QUrl document);
+                                                QUrl document, std::stop_token stop = {});
 
 /// The most recently modified ".als" file directly in `folder`; of two with the same time the
 /// first by name.

@@ -40,6 +40,7 @@ DaemonState::~DaemonState()
 {
     // First, so that nothing of it calls into a store that is half gone.
     m_client.reset();
+    m_relaunches.request_stop();
 }
 
 const QList<RepoViewModel> &DaemonState::repos() const

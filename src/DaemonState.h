@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stop_token>
 
 Q_MOC_INCLUDE("DiscoveredListModel.h")
 Q_MOC_INCLUDE("FolderListModel.h")
@@ -207,6 +208,7 @@ private:
     std::optional<QString> m_lastActionError;
     std::optional<AbletonNotice> m_abletonNotice;
     bool m_abletonRelaunchInFlight = false;
+    std::stop_source m_relaunches; ///< what still waits for Live ends with the store
     Mailbox m_connectionChanges;
     std::unique_ptr<DaemonClient> m_client;
 

@@ -38,8 +38,8 @@ QCoro::Task<> DaemonState::relaunchAbleton()
     }
     const QPointer self(this);
     assign(m_abletonRelaunchInFlight, true, &DaemonState::abletonRelaunchInFlightChanged);
-    const auto relaunched =
-        co_await AbletonBridge::relaunch(m_environment.host, m_environment.scheduler, *target);
+    const auto relaunched = co_await AbletonBridge::relaunch(
+        m_environment.host, m_environment.scheduler, *target, m_relaunches.get_token());
     if (!self) {
         co_return;
     }
@@ -59,8 +59,8 @@ QCoro::Task<> DaemonState::relaunchAbletonApp()
     }
     const QPointer self(this);
     assign(m_abletonRelaunchInFlight, true, &DaemonState::abletonRelaunchInFlightChanged);
-    const auto relaunched =
-        co_await AbletonBridge::relaunchApp(m_environment.host, m_environment.scheduler);
+    const auto relaunched = co_await AbletonBridge::relaunchApp(
+        m_environment.host, m_environment.scheduler, m_relaunches.get_token());
     if (!self) {
         co_return;
     }

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <stop_token>
 
 namespace ostra {
 
@@ -33,9 +34,10 @@ public:
     [[nodiscard]] virtual std::unique_ptr<Timer> after(Duration delay, QObject *context,
                                                        std::function<void()> wake) = 0;
 
-    /// Suspends the calling coroutine for `delay` and resumes it on the calling thread, which must
-    /// run an event loop.
-    QCoro::Task<> sleep(Duration delay);
+    /// Suspends the calling coroutine and resumes it on the calling thread, which must run an event
+    /// loop: when `delay` has passed, or sooner when `stop` is asked for. To be stopped on that
+    /// thread.
+    QCoro::Task<> sleep(Duration delay, std::stop_token stop = {});
 };
 
 } // namespace ostra

@@ -59,6 +59,7 @@ private slots:
     void opensWhenLiveQuitsAfter29Point9Seconds();
     void failsWhenLiveIsStillThereAfter30Seconds();
     void failsWhenLiveNeverQuits();
+    void opensNothingOnceItIsStopped();
     void asksOnlyTheFirstOfSeveral();
     void reportsThatTheDocumentCouldNotBeOpened();
     void startsLiveAgainWithoutADocument();
@@ -194,6 +195,20 @@ void TestAbletonBridge::failsWhenLiveNeverQuits()
             AbletonBridge::Error(AbletonBridge::RelaunchError::quitTimedOut));
     world.pass(10min);
     QCOMPARE(world.scheduler.nextDelay(), std::nullopt);
+    QVERIFY(world.host.opened().isEmpty());
+}
+
+void TestAbletonBridge::opensNothingOnceItIsStopped()
+{
+    World world;
+    world.host.start(FakeHostApplications::liveId(), 10s);
+    std::stop_source stop;
+    world.start(AbletonBridge::relaunch(world.host, world.scheduler, kSong, stop.get_token()));
+    world.pass(5s);
+    stop.request_stop();
+    world.pass(100ms); // sooner than the next look
+    QVERIFY(world.hasFailed());
+    world.pass(10s);
     QVERIFY(world.host.opened().isEmpty());
 }
 

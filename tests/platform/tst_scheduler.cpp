@@ -43,9 +43,9 @@ private:
 };
 
 QCoro::Task<> sleepThen(Scheduler *scheduler, Scheduler::Duration delay, QStringList *log,
-                        QString text)
+                        QString text, std::stop_token stop = {})
 {
-    co_await scheduler->sleep(delay);
+    co_await scheduler->sleep(delay, stop);
     log->append(text);
 }
 
@@ -65,6 +65,8 @@ private slots:
     void aWakeUpMayDestroyItsOwnTimer();
     void wakesOnTheThreadThatAsked();
     void resumesASleepingCoroutine();
+    void aSleepIsCutShortWhenItIsStopped();
+    void whatIsStoppedDoesNotSleep();
 
     void virtualTimeStandsStill();
     void virtualTimeRunsWhatIsSetOnTheWay();
@@ -194,6 +196,27 @@ void SchedulerTest::resumesASleepingCoroutine()
     QVERIFY(log.isEmpty());
     QVERIFY(world->waitFor([&] { return log.size() == 2; }));
     QCOMPARE(log, QStringList({QStringLiteral("soon"), QStringLiteral("late")}));
+}
+
+void SchedulerTest::aSleepIsCutShortWhenItIsStopped()
+{
+    const auto world = this->world();
+    QStringList log;
+    std::stop_source stop;
+    sleepThen(&world->scheduler(), 1h, &log, QStringLiteral("stopped"), stop.get_token());
+    QVERIFY(log.isEmpty());
+    stop.request_stop();
+    QVERIFY(world->waitFor([&] { return !log.isEmpty(); }));
+}
+
+void SchedulerTest::whatIsStoppedDoesNotSleep()
+{
+    const auto world = this->world();
+    QStringList log;
+    std::stop_source stop;
+    stop.request_stop();
+    sleepThen(&world->scheduler(), 1h, &log, QStringLiteral("stopped"), stop.get_token());
+    QVERIFY(world->waitFor([&] { return !log.isEmpty(); }));
 }
 
 void SchedulerTest::virtualTimeStandsStill()

@@ -75,6 +75,7 @@ private slots:
     void anErrorReplyIsShownAndStillRefreshes();
     void anActionWhileDisconnectedFailsWithoutARefresh();
     void anUnexpectedReplyCountsAsSuccess();
+    void aReplyThatCannotBeReadFailsTheAction();
     void aSecondActionClearsTheFirstOnesErrorBeforeItRuns();
     void ofTwoActionsTheLaterOutcomeIsShown();
     void anActionThatHangsFailsAfterFifteenSeconds();
@@ -100,6 +101,7 @@ private slots:
     void aFailedFetchIsLoggedAndEmpty_data();
     void aFailedFetchIsLoggedAndEmpty();
     void anUnexpectedFetchReplyIsEmptyWithoutALine();
+    void aFetchReplyThatCannotBeReadIsLoggedAndEmpty();
     void aFailureIsToldFromAnEmptyAnswer();
     void linesGoToTheStandardOutput();
 
@@ -108,6 +110,7 @@ private slots:
     void aProjectWithoutSongsCannotBeRelaunched();
     void aRelaunchThatTimesOutKeepsTheNotice();
     void aRelaunchThatCannotOpenKeepsTheNotice();
+    void aRelaunchEndsWithTheStore();
     void restartsLiveWithoutADocument();
     void tellsWhyLiveWasNotRestarted();
     void theNoticeCanBeDismissed();
@@ -193,6 +196,16 @@ void DaemonStateActionsTest::anUnexpectedReplyCountsAsSuccess()
     act(world);
     QCOMPARE(world.state->lastActionError(), std::nullopt);
     QCOMPARE(world.statusRequests(), 1);
+}
+
+void DaemonStateActionsTest::aReplyThatCannotBeReadFailsTheAction()
+{
+    BandFixture world;
+    world.answer("act", R"({"type":"status"})");
+    act(world);
+    QVERIFY2(world.state->lastActionErrorText().startsWith(QStringLiteral("Act failed: repos")),
+             qPrintable(world.state->lastActionErrorText()));
+    QCOMPARE(world.statusRequests(), 0);
 }
 
 void DaemonStateActionsTest::aSecondActionClearsTheFirstOnesErrorBeforeItRuns()
@@ -530,6 +543,18 @@ void DaemonStateActionsTest::anUnexpectedFetchReplyIsEmptyWithoutALine()
     QCOMPARE(world.state->lastActionError(), std::nullopt);
 }
 
+void DaemonStateActionsTest::aFetchReplyThatCannotBeReadIsLoggedAndEmpty()
+{
+    BandFixture world;
+    world.answer("version_list", R"({"type":"versions","versions":[{}]})");
+    QVERIFY(finish(world, world.state->fetchAlbumVersions(kBand)).isEmpty());
+    QCOMPARE(world.log.size(), 1);
+    QVERIFY2(world.log.first().startsWith(
+                 QStringLiteral("Failed to fetch album versions for Band: versions[0].")),
+             qPrintable(world.log.first()));
+    QCOMPARE(world.state->lastActionError(), std::nullopt);
+}
+
 void DaemonStateActionsTest::aFailureIsToldFromAnEmptyAnswer()
 {
     BandFixture world;
@@ -665,6 +690,19 @@ void DaemonStateActionsTest::aRelaunchThatCannotOpenKeepsTheNotice()
     QVERIFY(until([&] { return !world.state->abletonRelaunchInFlight(); }));
     QCOMPARE(world.state->lastActionErrorText(), QStringLiteral("Relaunch failed: no application"));
     QVERIFY(world.state->hasAbletonNotice());
+}
+
+void DaemonStateActionsTest::aRelaunchEndsWithTheStore()
+{
+    BandFixture world;
+    world.host.start(FakeHostApplications::liveId(), 10s);
+    world.state->noteAbletonIfRunning(kBand, kSong);
+    bool ended = false;
+    world.state->relaunchAbleton().then([&] { ended = true; });
+    QCOMPARE(world.host.terminateRequests(), 1);
+    world.state.reset();
+    QVERIFY(until([&] { return ended; }));
+    QVERIFY(world.host.opened().isEmpty());
 }
 
 void DaemonStateActionsTest::restartsLiveWithoutADocument()
