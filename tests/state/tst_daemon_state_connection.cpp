@@ -32,6 +32,7 @@ private slots:
     void startsTheServiceOncePerOutage();
     void reportsAServiceThatCannotBeLaunched();
     void aServiceThatDiesIsStartedAgainAfterAFirstFailedAttempt();
+    void everyOutageMayStartTheServiceOnce();
     void anOutageKeepsTheData();
     void aSuccessfulConnectionClearsTheError();
     void retryDuringBackOffTriesAtOnceAndMayStartTheServiceAgain();
@@ -94,7 +95,9 @@ void DaemonStateConnectionTest::withoutAServiceAnywhereItKeepsTryingMoreAndMoreS
     StoreFixture world;
     const QSignalSpy errors(world.state.get(), &DaemonState::lastErrorChanged);
     world.state->start();
-    for (const auto delay : {2s, 4s, 8s, 16s, 30s, 30s, 30s}) {
+    QVERIFY(world.sleep(2s));
+    world.launcher.existing = {world.helper()}; // too late for this outage
+    for (const auto delay : {4s, 8s, 16s, 30s, 30s, 30s}) {
         QVERIFY(world.sleep(delay));
     }
     QVERIFY(until([&] { return world.trace.size() == 16; }));
@@ -196,6 +199,27 @@ void DaemonStateConnectionTest::aServiceThatDiesIsStartedAgainAfterAFirstFailedA
              QStringLiteral("0 connecting,0 connected,0 disconnected,2 connecting,2 disconnected,"
                             "6 connecting,6 connected"));
     QCOMPARE(world.launcher.launches().size(), 1);
+}
+
+void DaemonStateConnectionTest::everyOutageMayStartTheServiceOnce()
+{
+    StoreFixture world;
+    world.launcher.existing = {world.helper()};
+    world.launcher.onLaunch = [&] {
+        world.service.start();
+    };
+    world.state->start();
+    QVERIFY(world.sleep(500ms));
+    for (int outages = 1; outages <= 3; ++outages) {
+        QVERIFY(until([&] {
+            return world.state->connectionState() == DaemonState::ConnectionState::connected;
+        }));
+        world.settle();
+        QCOMPARE(world.launcher.launches().size(), outages);
+        world.service.stop();
+        QVERIFY(world.sleep(2s));
+        QVERIFY(world.sleep(4s));
+    }
 }
 
 void DaemonStateConnectionTest::anOutageKeepsTheData()
