@@ -12,7 +12,7 @@
 
 namespace ostra {
 
-/// Lets the main thread work until `done` holds; false when it does not within 20 s of real time.
+/// Lets the main thread work until `done` holds; false when it never does.
 bool until(const std::function<bool()> &done);
 
 /// A store in a world of its own: the real client on a real socket, a scripted service that does

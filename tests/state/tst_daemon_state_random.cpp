@@ -247,14 +247,16 @@ private:
 
     QString push()
     {
-        const int number = pick(1000);
         if (pick(4) == 0) {
-            const QString message = QStringLiteral("error %1").arg(number);
+            // No two alike: one that is shown already could not be seen to arrive, and would come
+            // in the middle of the next step.
+            const QString message = QStringLiteral("error %1").arg(++m_errors);
             m_reality.world.service.push(R"({"event":"error","message":")" + message.toUtf8() +
                                          "\"}");
             m_model.pushError(message);
             return QStringLiteral("push an error");
         }
+        const int number = pick(1000);
         m_reality.world.service.push(saveEvent(QStringLiteral("Band"), kProject, number));
         m_model.pushSave(number);
         return QStringLiteral("push a save");
@@ -291,6 +293,7 @@ private:
     std::mt19937 &m_random;
     Reality m_reality;
     StoreModel m_model;
+    int m_errors = 0;
 };
 
 } // namespace
