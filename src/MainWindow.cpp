@@ -1,6 +1,7 @@
 #include "MainWindow.h"
 
 #include "DaemonState.h"
+#include "Platform/TaskBar.h"
 #include "Views/MenuBarViewModel.h"
 #include "WindowPlacement.h"
 
@@ -69,6 +70,7 @@ void MainWindow::applyMode()
     }
     m_window->setProperty("docked", m_mode == Mode::docked);
     const bool wasVisible = m_window->isVisible();
+    const bool wasActive = m_window->isActive();
     const Qt::WindowFlags flags =
         m_mode == Mode::docked ? Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint
                                : Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
@@ -77,7 +79,12 @@ void MainWindow::applyMode()
         // A window that is already mapped does not change its kind.
         m_window->hide();
         m_window->setFlags(flags);
-        m_window->setVisible(wasVisible);
+        if (wasVisible) {
+            map();
+        }
+        if (wasActive) {
+            m_window->requestActivate();
+        }
     }
 }
 
@@ -91,12 +98,24 @@ void MainWindow::show(const QRect &item, const QByteArray &activationToken)
         view()->resetToTop();
         keepBesideItem();
     }
+    // Where Qt's Wayland platform reads it, and where its status notifier puts the host's own.
+    constexpr auto kActivationToken = "XDG_ACTIVATION_TOKEN";
     if (!activationToken.isEmpty()) {
-        qputenv("XDG_ACTIVATION_TOKEN", activationToken); // where Qt's Wayland platform reads it
+        qputenv(kActivationToken, activationToken);
     }
-    m_window->show();
+    map();
     m_window->raise();
     m_window->requestActivate();
+    qunsetenv(kActivationToken); // good for once; a stale one would keep the window from the front
+}
+
+void MainWindow::map()
+{
+    const bool appears = !m_window->isVisible();
+    m_window->show();
+    if (appears && m_mode == Mode::docked) {
+        keepOutOfTaskBar(*m_window);
+    }
 }
 
 void MainWindow::keepBesideItem()

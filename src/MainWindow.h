@@ -57,6 +57,7 @@ private:
     bool eventFilter(QObject *watched, QEvent *event) override;
     void make();
     void applyMode();
+    void map();
     void keepBesideItem();
     void dismissWhenLeft();
     MenuBarViewModel *view() const;
