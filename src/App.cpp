@@ -12,6 +12,7 @@
 #include <QGuiApplication>
 
 #include <cstdio>
+#include <utility>
 
 namespace ostra {
 
@@ -57,8 +58,9 @@ App::App(const CommandLine &commandLine, const QString &homePath)
 
 App::~App() = default;
 
-void App::start()
+void App::start(const QByteArray &activationToken)
 {
+    m_activationToken = activationToken;
     if (m_commandLine.verbose) {
         m_daemon.client().setTrace([](DaemonClient::Direction direction, QByteArrayView line) {
             std::puts(qPrintable(traceLine(direction, line)));
@@ -67,7 +69,7 @@ void App::start()
     m_daemon.start();
     m_daemon.fetchWatchPaths();
     if (m_commandLine.show) {
-        showWindow();
+        showWindow(std::exchange(m_activationToken, {}));
     }
     takePlace();
 }
@@ -83,7 +85,7 @@ void App::takePlace()
         return;
     case TrayWatcher::Tray::absent:
         m_window.setMode(MainWindow::Mode::ordinary);
-        showWindow();
+        showWindow(std::exchange(m_activationToken, {}));
         return;
     }
 }

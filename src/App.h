@@ -29,8 +29,9 @@ public:
     App(const CommandLine &commandLine, const QString &homePath);
     ~App() override;
 
-    /// Connects to the service and takes the place that the desktop offers.
-    void start();
+    /// Connects to the service and takes the place that the desktop offers. `activationToken`: what
+    /// the desktop gave this start, or empty.
+    void start(const QByteArray &activationToken = {});
     void showWindow(const QByteArray &activationToken = {});
 
 private:
@@ -49,6 +50,7 @@ private:
     QQmlEngine m_engine;
     MainWindow m_window;
     MenubarItem m_item;
+    QByteArray m_activationToken; ///< of this start, for its first window
 };
 
 } // namespace ostra

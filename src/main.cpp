@@ -41,7 +41,9 @@ int main(int argc, char *argv[])
     QApplication::setQuitOnLastWindowClosed(false);
 
     SingleInstance instance(QDir::homePath() + QStringLiteral("/.ostra"));
-    switch (instance.start(qgetenv("XDG_ACTIVATION_TOKEN"))) {
+    const QByteArray activationToken = qgetenv("XDG_ACTIVATION_TOKEN");
+    qunsetenv("XDG_ACTIVATION_TOKEN"); // this start's alone, not its children's
+    switch (instance.start(activationToken)) {
     case SingleInstance::Start::first:
         break;
     case SingleInstance::Start::handedOver:
@@ -53,6 +55,6 @@ int main(int argc, char *argv[])
 
     App app(commandLine, QDir::homePath());
     QObject::connect(&instance, &SingleInstance::showRequested, &app, &App::showWindow);
-    app.start();
+    app.start(activationToken);
     return QApplication::exec();
 }
