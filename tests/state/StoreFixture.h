@@ -5,15 +5,13 @@
 #include "support/FakeProcessLauncher.h"
 #include "support/Outcome.h"
 #include "support/ScriptedService.h"
+#include "support/Until.h"
 #include "support/VirtualScheduler.h"
 
 #include <QStringList>
 #include <QTemporaryDir>
 
 namespace ostra {
-
-/// Lets the main thread work until `done` holds; false when it never does.
-bool until(const std::function<bool()> &done);
 
 /// A store in a world of its own: the real client on a real socket, a scripted service that does
 /// not listen yet, and time that stands still.

@@ -5,14 +5,12 @@
 #include "support/Outcome.h"
 
 #include <QDateTime>
-#include <QDeadlineTimer>
 #include <QGuiApplication>
 #include <QJsonDocument>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QTest>
 #include <QThread>
-#include <QTimer>
 #include <QtQml/qqmlextensionplugin.h>
 
 Q_IMPORT_QML_PLUGIN(Ostra_CorePlugin)
@@ -44,21 +42,6 @@ void walk(QAccessibleInterface *node, int depth,
 }
 
 } // namespace
-
-bool until(const std::function<bool()> &done)
-{
-    const QDeadlineTimer limit(20s);
-    QTimer look; // for what is true without an event of this thread
-    look.start(1ms);
-    while (!done()) {
-        if (limit.hasExpired()) {
-            return false;
-        }
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
-    return true;
-}
 
 ViewFixture::ViewFixture()
     : service(m_folder.path() + u"/.ostra/daemon.sock"_s, ScriptedService::Start::stopped)

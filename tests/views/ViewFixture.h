@@ -4,6 +4,7 @@
 #include "support/FakeHostApplications.h"
 #include "support/FakeProcessLauncher.h"
 #include "support/ScriptedService.h"
+#include "support/Until.h"
 #include "support/VirtualScheduler.h"
 
 #include <QAccessible>
@@ -15,9 +16,6 @@
 #include <memory>
 
 namespace ostra {
-
-/// Lets the main thread work until `done` holds; false when it does not within 20 s of real time.
-bool until(const std::function<bool()> &done);
 
 /// Views as they run: the real QML over a real store, whose client talks to a scripted service on a
 /// real socket; time stands still and nothing moves. The service answers "status" with no projects
