@@ -1,5 +1,6 @@
 #include "Sets/DeviceChanges.h"
 
+#include "Sets/Alignment.h"
 #include "Sets/MusicalText.h"
 #include "Sets/SameMusic.h"
 #include "Sets/Scalars.h"
@@ -294,6 +295,80 @@ QList<DeltaSummary> describeDevice(const QString &track, xml_node before, xml_no
 {
     return DeviceComparison(track + QStringLiteral(": ") + deviceName(after), unnamed)
         .run(before, after);
+}
+
+QList<DeltaSummary> describeDevices(const QString &track, std::span<const Device> before,
+                                    std::span<const Device> after, Versions versions,
+                                    UnnamedParts unnamed)
+{
+    const auto keysOf = [](std::span<const Device> devices) {
+        std::vector<QByteArray> keys;
+        for (const auto &device : devices) {
+            keys.push_back(device.key);
+        }
+        return keys;
+    };
+    const auto left = keysOf(before);
+    const auto right = keysOf(after);
+    const auto isIn = [](const std::vector<QByteArray> &keys, const QByteArray &key) {
+        return std::ranges::find(keys, key) != keys.end();
+    };
+    const auto prefix = track + QStringLiteral(": ");
+    QList<DeltaSummary> lines;
+    QList<DeltaSummary> moved;
+    // Between two devices that stayed, one that went and one that came changed places.
+    const auto tell = [&](std::span<const Device> old, std::span<const Device> now) {
+        std::vector<xml_node> removed;
+        std::vector<xml_node> added;
+        for (const auto &device : old) {
+            if (!isIn(right, device.key)) {
+                removed.push_back(device.node);
+            }
+        }
+        for (const auto &device : now) {
+            if (!isIn(left, device.key)) {
+                added.push_back(device.node);
+            } else {
+                moved.append(change(Category::kDevices,
+                                    prefix + deviceName(device.node) + QStringLiteral(" moved")));
+            }
+        }
+        if (removed.size() == 1 && added.size() == 1) {
+            lines.append(change(Category::kDevices,
+                                prefix + QStringLiteral("%1 replaced by %2")
+                                             .arg(deviceName(removed[0]), deviceName(added[0]))));
+            return;
+        }
+        for (const auto device : removed) {
+            lines.append(removal(Category::kDevices,
+                                 prefix + QStringLiteral("removed ") + deviceName(device)));
+        }
+        for (const auto device : added) {
+            lines.append(addition(Category::kDevices,
+                                  prefix + QStringLiteral("added ") + deviceName(device)));
+        }
+    };
+    std::size_t from = 0;
+    std::size_t to = 0;
+    for (const auto &[oldPlace, newPlace] : alignKeys(left, right)) {
+        const auto nextFrom = static_cast<std::size_t>(oldPlace);
+        const auto nextTo = static_cast<std::size_t>(newPlace);
+        tell(before.subspan(from, nextFrom - from), after.subspan(to, nextTo - to));
+        from = nextFrom + 1;
+        to = nextTo + 1;
+    }
+    tell(before.subspan(from), after.subspan(to));
+    lines += moved;
+    if (versions == Versions::Different) {
+        return lines; // an upgrade of Live rewrites every device
+    }
+    for (const auto &device : after) {
+        const auto old = std::ranges::find(before, device.key, &Device::key);
+        if (old != before.end() && !isSameMusic(old->node, device.node)) {
+            lines += describeDevice(track, old->node, device.node, unnamed);
+        }
+    }
+    return lines;
 }
 
 } // namespace ostra

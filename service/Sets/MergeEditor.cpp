@@ -76,6 +76,18 @@ void MergeEditor::removeTrack(const Track &intoTrack)
 {
     m_removedTracks.insert(&intoTrack);
     adopt({}, {intoTrack.node});
+    if (intoTrack.kind != TrackKind::Return) {
+        return;
+    }
+    // With a return goes one send of every other track.
+    const auto returns = m_states.into.model().returns();
+    const auto place =
+        static_cast<std::size_t>(std::ranges::find(returns, &intoTrack) - returns.begin());
+    for (const auto &track : m_states.into.model().tracks) {
+        if (place < track.sends.size()) {
+            adopt({}, {track.sends[place]});
+        }
+    }
 }
 
 std::optional<QByteArray> MergeEditor::resolve(const Reference &reference)
@@ -109,7 +121,8 @@ std::optional<QByteArray> MergeEditor::resolve(const Reference &reference)
             const auto &grooves = document.model().grooves;
             return std::ranges::find(grooves, id, &Groove::id) != grooves.end();
         };
-        if (!m_grooves.contains(id) && knows(m_states.base) && knows(m_states.into)) {
+        if (!m_grooves.contains(id) && knows(m_states.base) && knows(m_states.into) &&
+            !m_removedGrooves.contains(id)) {
             return id;
         }
         addGroove(id);
@@ -267,6 +280,27 @@ void MergeEditor::dropLostEnvelopes()
         }
         if (const auto envelope = envelopeAround(element)) {
             m_into.remove(envelope);
+        }
+    });
+}
+
+void MergeEditor::removeGroove(const Groove &intoGroove)
+{
+    m_removedGrooves.insert(intoGroove.id);
+    m_into.remove(intoGroove.node);
+}
+
+void MergeEditor::detachLostGrooves()
+{
+    if (m_removedGrooves.isEmpty()) {
+        return;
+    }
+    forEachElement(m_states.into.model().liveSet, [&](xml_node element) {
+        const auto reference = referenceIn(element);
+        if (reference && reference->kind == ReferenceKind::Groove &&
+            m_removedGrooves.contains(reference->id) && !m_into.isRemoved(element)) {
+            m_into.setValue(element, "-1");
+            m_skipped.append(QStringLiteral("a removed groove of a clip that stays"));
         }
     });
 }
@@ -449,6 +483,7 @@ QByteArray MergeEditor::finish()
     }
     writeTracks(tracks);
     dropLostEnvelopes();
+    detachLostGrooves();
     const auto counter = m_states.into.model().liveSet.child("NextPointeeId");
     if (counter && static_cast<double>(m_nextPointee) > numberOf(counter)) {
         m_into.setValue(counter, QByteArray::number(m_nextPointee));

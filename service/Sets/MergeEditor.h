@@ -29,6 +29,8 @@ public:
     void removeTrack(const Track &intoTrack);
     void addScene(int fromScene) { m_addedScenes.insert(fromScene); }
     void removeScene(int intoScene) { m_removedScenes.insert(intoScene); }
+    /// Clips that keep playing it are left without a groove.
+    void removeGroove(const Groove &intoGroove);
     /// Order and groups as in "from".
     void takeTrackOrder() { m_takesOrder = true; }
 
@@ -69,6 +71,7 @@ private:
     void detachRouting(pugi::xml_node target);
     void takeNewEnvelopes(const Track &intoTrack, const Track &fromTrack);
     void dropLostEnvelopes();
+    void detachLostGrooves();
     QByteArray inNewlines(const SetDocument &document, QByteArray text) const;
 
     std::vector<Placed> arrangeTracks();
@@ -102,6 +105,7 @@ private:
     QSet<const Track *> m_removedTracks;
     std::set<int> m_addedScenes;
     std::set<int> m_removedScenes;
+    QSet<QByteArray> m_removedGrooves;
     bool m_takesOrder = false;
     QStringList m_skipped;
 };

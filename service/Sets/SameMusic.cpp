@@ -31,7 +31,8 @@ const std::unordered_set<std::string_view> &noiseNames()
         // views
         "SequencerNavigator", "ScrollerTimePreserver", "WinPosX", "WinPosY", "ViewData",
         "TrackUnfolded", "IsFolded", "IsExpanded", "BreakoutIsExpanded", "AutomationLanes",
-        "ChooserBar", "Grid", "ExpressionGrid", "DrawMode", "ShouldShowPresetName",
+        "ChooserBar", "MinTrackHeight", "Grid", "ExpressionGrid", "DrawMode",
+        "ShouldShowPresetName",
         // derived
         "EffectiveName", "MemorizedFirstClipName",
         // bookkeeping
@@ -57,7 +58,8 @@ bool hasNoisyName(std::string_view name)
 
 bool isNumbering(QByteArrayView attribute)
 {
-    return attribute == "Id" || attribute == "LomId" || attribute == "NoteId";
+    return attribute == "Id" || attribute == "LomId" || attribute == "NoteId" ||
+           attribute.startsWith("Selected");
 }
 
 xml_attribute musical(xml_attribute attribute)

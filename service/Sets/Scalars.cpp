@@ -239,6 +239,25 @@ std::vector<Scalar> trackScalars(const Track &track)
     return scalars;
 }
 
+std::vector<Scalar> quietScalars(const SetModel &model)
+{
+    std::vector<Scalar> scalars;
+    addIfThere(scalars, ScalarKind::SongSettings,
+               {model.liveSet.child("TuningSystems"), model.liveSet.child("CrossfadeCurve"),
+                model.liveSet.child("LatencyCompensation")});
+    return scalars;
+}
+
+std::vector<Scalar> quietScalars(const Track &track)
+{
+    std::vector<Scalar> scalars;
+    addIfThere(scalars, ScalarKind::AudioInput, {track.chain.child("AudioInputRouting")});
+    addIfThere(scalars, ScalarKind::MidiInput, {track.chain.child("MidiInputRouting")});
+    addIfThere(scalars, ScalarKind::TrackSettings,
+               {track.node.child("PitchbendRange"), track.node.child("IsTuned")});
+    return scalars;
+}
+
 bool isSameScalar(const Scalar &a, const Scalar &b, Versions versions)
 {
     if (isMirrored(a.kind)) {
@@ -295,6 +314,14 @@ QString scalarTitle(ScalarKind kind)
         return QStringLiteral("audio output");
     case ScalarKind::MidiOutput:
         return QStringLiteral("MIDI output");
+    case ScalarKind::AudioInput:
+        return QStringLiteral("audio input");
+    case ScalarKind::MidiInput:
+        return QStringLiteral("MIDI input");
+    case ScalarKind::TrackSettings:
+        return QStringLiteral("pitch bend and tuning");
+    case ScalarKind::SongSettings:
+        return QStringLiteral("Tuning and latency settings");
     case ScalarKind::Monitoring:
         return QStringLiteral("monitoring");
     case ScalarKind::Volume:
@@ -321,6 +348,7 @@ const QString &scalarCategory(ScalarKind kind)
     case ScalarKind::Scale:
     case ScalarKind::LaunchQuantisation:
     case ScalarKind::SongNotes:
+    case ScalarKind::SongSettings:
         return Category::kTempo;
     case ScalarKind::GrooveAmount:
         return Category::kClips;
@@ -328,6 +356,7 @@ const QString &scalarCategory(ScalarKind kind)
     case ScalarKind::Color:
     case ScalarKind::Delay:
     case ScalarKind::Frozen:
+    case ScalarKind::TrackSettings:
         return Category::kTracks;
     case ScalarKind::TakeLanes:
         return Category::kClips;
@@ -361,6 +390,8 @@ QString scalarState(const Scalar &scalar)
         return isTrue(node) ? QStringLiteral("frozen") : QStringLiteral("not frozen");
     case ScalarKind::AudioOutput:
     case ScalarKind::MidiOutput:
+    case ScalarKind::AudioInput:
+    case ScalarKind::MidiInput:
         return quoted(routingText(node));
     case ScalarKind::Monitoring: {
         const auto value = valueOf(node);

@@ -37,6 +37,10 @@ enum class ScalarKind {
     TakeLanes,
     AudioOutput,
     MidiOutput,
+    AudioInput,
+    MidiInput,
+    TrackSettings,
+    SongSettings,
     Monitoring,
     Volume,
     Pan,
@@ -54,6 +58,10 @@ struct Scalar {
 
 std::vector<Scalar> setScalars(const SetModel &model);
 std::vector<Scalar> trackScalars(const Track &track);
+/// Values that are no news in a difference but must not get lost in a merge: where a track listens,
+/// tuning, latency compensation.
+std::vector<Scalar> quietScalars(const SetModel &model);
+std::vector<Scalar> quietScalars(const Track &track);
 
 /// Whether two states of one value mean the same. Between two versions of Live only what both
 /// store is compared.

@@ -8,6 +8,7 @@
 #include "Sets/Scalars.h"
 #include "Sets/SceneMatch.h"
 #include "Sets/SetDocument.h"
+#include "Sets/SongChanges.h"
 #include "Sets/TrackTexts.h"
 
 #include <QHash>
@@ -69,18 +70,16 @@ public:
 private:
     void matchTracks();
     void compareTrackList();
-    void compareOrder();
-    void compareGroup(const Track &before, const Track &after);
     void compareTracks(const Track &before, const Track &after);
     void compareScalars(const QString &track, const std::vector<Scalar> &before,
                         const std::vector<Scalar> &after);
     void compareSends(const Track &before, const Track &after);
     void compareDevices(const Track &before, const Track &after);
     void compareClips(const Track &before, const Track &after);
-    void compareSession(const Track &before, const Track &after, ClipPairs &pairs) const;
+    void compareSession(const Track &before, const Track &after, ClipPairs &pairs,
+                        QHash<const void *, int> &byScene) const;
     void compareEnvelopes(const Track &before, const Track &after);
     void compareScenes();
-    void compareScene(const Scene &before, const Scene &after, int place);
     void compareLocators();
     void compareGrooves();
 
@@ -92,6 +91,8 @@ private:
     QHash<QByteArray, const Track *> m_baseTracks;
     QHash<QByteArray, const Track *> m_headTracks;
     SceneMatch m_scenes;
+    std::map<int, qsizetype> m_clipsGone; ///< with a scene of the base
+    std::map<int, qsizetype> m_clipsCome; ///< with a scene of the head
     QList<DeltaSummary> m_lines;
 };
 
@@ -122,64 +123,12 @@ void Comparison::compareTrackList()
                 addition(Category::kTracks, QStringLiteral("Added ") + trackTitle(track)));
         }
     }
-    compareOrder();
-}
-
-void Comparison::compareOrder()
-{
-    const auto order = [&](const SetModel &model) {
-        std::vector<QByteArray> keys;
-        for (const auto &track : model.tracks) {
-            if (m_baseTracks.contains(track.key) && m_headTracks.contains(track.key)) {
-                keys.push_back(track.key);
-            }
-        }
-        return keys;
-    };
-    const auto after = order(m_head);
-    QSet<int> still;
-    for (const auto &pair : alignKeys(order(m_base), after)) {
-        still.insert(pair.second);
-    }
-    QList<DeltaSummary> moved;
-    for (int i = 0; i < static_cast<int>(after.size()); ++i) {
-        if (!still.contains(i)) {
-            const auto *const track = m_headTracks.value(after[static_cast<std::size_t>(i)]);
-            moved.append(change(Category::kTracks,
-                                QStringLiteral("Track %1 moved").arg(quoted(track->name))));
-        }
-    }
-    if (moved.size() > kMostNames) {
-        moved = {change(Category::kTracks, QStringLiteral("%1 tracks moved").arg(moved.size()))};
-    }
-    m_lines += moved;
-}
-
-void Comparison::compareGroup(const Track &before, const Track &after)
-{
-    const auto groupOf = [](const SetModel &model, const Track &track) -> const Track * {
-        const auto found = std::ranges::find_if(model.tracks, [&](const Track &group) {
-            return group.kind == TrackKind::Group && group.id == track.groupId;
-        });
-        return found == model.tracks.end() ? nullptr : &*found;
-    };
-    if (before.groupId == after.groupId) {
-        return;
-    }
-    if (const auto *const group = groupOf(m_head, after)) {
-        m_lines.append(
-            change(Category::kTracks,
-                   after.name + QStringLiteral(": moved into group ") + quoted(group->name)));
-    } else if (const auto *const old = groupOf(m_base, before)) {
-        m_lines.append(
-            change(Category::kTracks,
-                   after.name + QStringLiteral(": moved out of group ") + quoted(old->name)));
-    }
+    m_lines += describeMoves(movedTracks(m_base, m_head));
 }
 
 void Comparison::compareTracks(const Track &before, const Track &after)
 {
-    compareGroup(before, after);
+    m_lines += describeGrouping(m_base, before, m_head, after);
     compareScalars(after.name, trackScalars(before), trackScalars(after));
     compareSends(before, after);
     compareDevices(before, after);
@@ -224,62 +173,7 @@ void Comparison::compareSends(const Track &before, const Track &after)
 
 void Comparison::compareDevices(const Track &before, const Track &after)
 {
-    const auto keys = [](const Track &track) {
-        std::vector<QByteArray> all;
-        for (const auto &device : track.devices) {
-            all.push_back(device.key);
-        }
-        return all;
-    };
-    const auto left = keys(before);
-    const auto right = keys(after);
-    const auto name = after.name + QStringLiteral(": ");
-    std::vector<xml_node> removed;
-    std::vector<xml_node> added;
-    std::vector<xml_node> moved;
-    std::vector<bool> isKept(right.size());
-    for (const auto &pair : alignKeys(left, right)) {
-        isKept[static_cast<std::size_t>(pair.second)] = true;
-    }
-    for (const auto &device : before.devices) {
-        if (std::ranges::find(right, device.key) == right.end()) {
-            removed.push_back(device.node);
-        }
-    }
-    for (std::size_t i = 0; i < after.devices.size(); ++i) {
-        if (std::ranges::find(left, right[i]) == left.end()) {
-            added.push_back(after.devices[i].node);
-        } else if (!isKept[i]) {
-            moved.push_back(after.devices[i].node);
-        }
-    }
-    if (removed.size() == 1 && added.size() == 1) {
-        m_lines.append(change(Category::kDevices,
-                              name + QStringLiteral("%1 replaced by %2")
-                                         .arg(deviceName(removed[0]), deviceName(added[0]))));
-    } else {
-        for (const auto device : removed) {
-            m_lines.append(removal(Category::kDevices,
-                                   name + QStringLiteral("removed ") + deviceName(device)));
-        }
-        for (const auto device : added) {
-            m_lines.append(
-                addition(Category::kDevices, name + QStringLiteral("added ") + deviceName(device)));
-        }
-    }
-    for (const auto device : moved) {
-        m_lines.append(
-            change(Category::kDevices, name + deviceName(device) + QStringLiteral(" moved")));
-    }
-    if (m_versions == Versions::Different) {
-        return; // an upgrade of Live rewrites every device
-    }
-    for (const auto &device : after.devices) {
-        const auto old = std::ranges::find(before.devices, device.key, &Device::key);
-        if (old != before.devices.end() && !isSameMusic(old->node, device.node)) {
-            m_lines += describeDevice(after.name, old->node, device.node, m_unnamed);
-        }
-    }
+    m_lines += describeDevices(after.name, before.devices, after.devices, m_versions, m_unnamed);
 }
 
 void Comparison::compareClips(const Track &before, const Track &after)
@@ -287,8 +181,21 @@ void Comparison::compareClips(const Track &before, const Track &after)
     auto pairs = matchClips(before.clips, after.clips, m_head.signature);
     findMovedClips(pairs);
     ClipPairs session;
-    compareSession(before, after, session);
+    QHash<const void *, int> byScene; // clips of scenes that went or came, by their element
+    compareSession(before, after, session, byScene);
     findMovedClips(session);
+    const auto isToldByScene = [&](std::map<int, qsizetype> &counts) {
+        return [&](const PlacedClip &clip) {
+            const auto scene = byScene.constFind(clip.clip.node.internal_object());
+            if (scene == byScene.constEnd()) {
+                return false;
+            }
+            ++counts[*scene];
+            return true;
+        };
+    };
+    std::erase_if(session.removed, isToldByScene(m_clipsGone));
+    std::erase_if(session.added, isToldByScene(m_clipsCome));
     std::ranges::move(session.changed, std::back_inserter(pairs.changed));
     std::ranges::move(session.removed, std::back_inserter(pairs.removed));
     std::ranges::move(session.added, std::back_inserter(pairs.added));
@@ -297,7 +204,8 @@ void Comparison::compareClips(const Track &before, const Track &after)
                       m_versions == Versions::Same ? UnnamedParts::Told : UnnamedParts::Ignored);
 }
 
-void Comparison::compareSession(const Track &before, const Track &after, ClipPairs &pairs) const
+void Comparison::compareSession(const Track &before, const Track &after, ClipPairs &pairs,
+                                QHash<const void *, int> &byScene) const
 {
     const auto place = [](std::size_t scene) {
         return QStringLiteral("scene %1").arg(scene + 1);
@@ -318,13 +226,17 @@ void Comparison::compareSession(const Track &before, const Track &after, ClipPai
             }
         } else if (old) {
             pairs.removed.push_back({readClip(old), place(i)});
+            if (to < 0) {
+                byScene.insert(old.internal_object(), static_cast<int>(i));
+            }
         } else if (now) {
             pairs.added.push_back({readClip(now), place(static_cast<std::size_t>(to))});
         }
     }
     for (std::size_t i = 0; i < after.gridSlots.size(); ++i) {
-        if (!seen[i] && after.gridSlots[i].clip) {
-            pairs.added.push_back({readClip(after.gridSlots[i].clip), place(i)});
+        if (const auto clip = after.gridSlots[i].clip; clip && !seen[i]) {
+            pairs.added.push_back({readClip(clip), place(i)});
+            byScene.insert(clip.internal_object(), static_cast<int>(i));
         }
     }
 }
@@ -391,114 +303,56 @@ void Comparison::compareScenes()
         if (m_scenes.headOf[static_cast<std::size_t>(i)] < 0) {
             gone.append(removal(Category::kScenes,
                                 QStringLiteral("Removed ") +
-                                    sceneTitle(m_base.scenes[static_cast<std::size_t>(i)], i)));
+                                    sceneTitle(m_base.scenes[static_cast<std::size_t>(i)], i) +
+                                    withClips(m_clipsGone[i])));
         }
     }
     for (int i = 0; i < static_cast<int>(m_head.scenes.size()); ++i) {
         const int from = m_scenes.baseOf[static_cast<std::size_t>(i)];
         const auto &scene = m_head.scenes[static_cast<std::size_t>(i)];
         if (from < 0) {
-            come.append(
-                addition(Category::kScenes, QStringLiteral("Added ") + sceneTitle(scene, i)));
+            come.append(addition(Category::kScenes, QStringLiteral("Added ") +
+                                                        sceneTitle(scene, i) +
+                                                        withClips(m_clipsCome[i])));
         } else {
-            compareScene(m_base.scenes[static_cast<std::size_t>(from)], scene, i);
+            m_lines +=
+                describeScene(m_base.scenes[static_cast<std::size_t>(from)], scene, i, m_versions);
         }
     }
+    const auto all = [](const std::map<int, qsizetype> &counts) {
+        qsizetype sum = 0;
+        for (const auto &[scene, count] : counts) {
+            sum += count;
+        }
+        return withClips(sum);
+    };
     if (gone.size() > kMostNames) {
-        gone = {removal(Category::kScenes, QStringLiteral("Removed %1 scenes").arg(gone.size()))};
+        gone = {removal(Category::kScenes,
+                        QStringLiteral("Removed %1 scenes").arg(gone.size()) + all(m_clipsGone))};
     }
     if (come.size() > kMostNames) {
-        come = {addition(Category::kScenes, QStringLiteral("Added %1 scenes").arg(come.size()))};
+        come = {addition(Category::kScenes,
+                         QStringLiteral("Added %1 scenes").arg(come.size()) + all(m_clipsCome))};
     }
     m_lines += gone + come;
 }
 
-void Comparison::compareScene(const Scene &before, const Scene &after, int place)
-{
-    const auto title = sceneTitle(before, place);
-    const auto say = [&](const QString &text) {
-        m_lines.append(change(Category::kScenes, text));
-    };
-    const auto capital = title.left(1).toUpper() + title.mid(1);
-    if (before.name != after.name) {
-        say(capital + QStringLiteral(" renamed to ") + quoted(after.name));
-    }
-    if (m_versions == Versions::Different) {
-        return;
-    }
-    const auto isSame = [&](const char *child) {
-        return isSameMusic(before.node.child(child), after.node.child(child));
-    };
-    if (!isSame("IsTempoEnabled") ||
-        (isTrue(after.node.child("IsTempoEnabled")) && !isSame("Tempo"))) {
-        const auto tempo = [](xml_node scene) {
-            return isTrue(scene.child("IsTempoEnabled")) ? tempoText(numberOf(scene.child("Tempo")))
-                                                         : QStringLiteral("song tempo");
-        };
-        say(capital + QStringLiteral(" tempo ") + arrow(tempo(before.node), tempo(after.node)));
-    }
-    const auto signature = [](xml_node scene) {
-        const auto on = scene.child("IsTimeSignatureEnabled");
-        const auto number =
-            static_cast<int>(std::clamp(numberOf(scene.child("TimeSignatureId"), -1), -1.0, 1e6));
-        const auto read = timeSignatureOf(number);
-        return isTrue(on) && read ? read->text() : QStringLiteral("song signature");
-    };
-    if (signature(before.node) != signature(after.node)) {
-        say(capital + QStringLiteral(" time signature ") +
-            arrow(signature(before.node), signature(after.node)));
-    }
-    if (!isSame("Color") || !isSame("ColorIndex")) {
-        say(QStringLiteral("Color of %1 changed").arg(title));
-    }
-    if (!isSame("FollowAction")) {
-        say(QStringLiteral("Follow action of %1 changed").arg(title));
-    }
-}
-
 void Comparison::compareLocators()
 {
-    // Before Live 10 locators bear no numbers.
-    const auto keyOf = [](const Locator &locator) {
-        return locator.id.isEmpty() ? locator.name.toUtf8() + '@' + QByteArray::number(locator.time)
-                                    : locator.id;
-    };
     QHash<QByteArray, const Locator *> old;
     for (const auto &locator : m_base.locators) {
-        old.insert(keyOf(locator), &locator);
+        old.insert(locatorKey(locator), &locator);
     }
-    const auto place = [&](const Locator &locator) {
-        return positionText(locator.time, m_head.signature);
-    };
-    const auto title = [](const Locator &locator) {
-        return locator.name.isEmpty() ? QStringLiteral("locator")
-                                      : QStringLiteral("locator ") + quoted(locator.name);
-    };
+    QList<DeltaSummary> changed;
     QList<DeltaSummary> added;
     for (const auto &locator : m_head.locators) {
-        const auto *const before = old.take(keyOf(locator));
-        if (!before) {
-            added.append(
-                addition(Category::kScenes,
-                         QStringLiteral("Added %1 at %2").arg(title(locator), place(locator))));
-            continue;
-        }
-        if (before->name != locator.name) {
-            m_lines.append(
-                change(Category::kScenes, QStringLiteral("Locator %1 renamed to %2")
-                                              .arg(quoted(before->name), quoted(locator.name))));
-        }
-        if (!isSameMusic(before->node.child("Time"), locator.node.child("Time"))) {
-            m_lines.append(change(Category::kScenes,
-                                  QStringLiteral("Moved %1 from %2 to %3")
-                                      .arg(title(locator), place(*before), place(locator))));
-        }
+        const auto *const before = old.take(locatorKey(locator));
+        (before ? changed : added) += describeLocator(before, &locator, m_head.signature);
     }
+    m_lines += changed;
     for (const auto &locator : m_base.locators) {
-        if (old.value(keyOf(locator)) == &locator) {
-            m_lines.append(
-                removal(Category::kScenes,
-                        QStringLiteral("Removed %1 at %2").arg(title(locator), place(locator))));
+        if (old.value(locatorKey(locator)) == &locator) {
+            m_lines += describeLocator(&locator, nullptr, m_head.signature);
         }
     }
     m_lines += added;
@@ -512,18 +366,13 @@ void Comparison::compareGrooves()
     }
     for (const auto &groove : m_head.grooves) {
         const auto *const before = old.take(groove.id);
-        if (!before) {
-            m_lines.append(
-                addition(Category::kClips, QStringLiteral("Added groove ") + quoted(groove.name)));
-        } else if (m_versions == Versions::Same && !isSameMusic(before->node, groove.node)) {
-            m_lines.append(change(Category::kClips,
-                                  QStringLiteral("Groove %1 changed").arg(quoted(groove.name))));
+        if (!before || (m_versions == Versions::Same && !isSameMusic(before->node, groove.node))) {
+            m_lines.append(describeGroove(before, &groove));
         }
     }
     for (const auto &groove : m_base.grooves) {
         if (old.contains(groove.id)) {
-            m_lines.append(
-                removal(Category::kClips, QStringLiteral("Removed groove ") + quoted(groove.name)));
+            m_lines.append(describeGroove(&groove, nullptr));
         }
     }
 }

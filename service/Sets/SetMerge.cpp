@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <span>
 
 namespace ostra {
 
@@ -28,6 +29,7 @@ struct Planned {
     std::vector<Proposal> proposals;
     QStringList pickKeys; ///< readable and unique, by proposal; empty for those that are no pick
     QString obstacle;     ///< why only a whole side can be taken; empty if pieces can
+    QStringList misfits;  ///< pieces that would not make a sound set
     MergePlanResult plan;
 };
 
@@ -126,6 +128,17 @@ QString fingerprintOf(const MergeInputs &inputs, const MergePlanResult &plan)
     return QString::fromLatin1(hash.result().toHex());
 }
 
+QString misfitText(const QStringList &misfits)
+{
+    constexpr qsizetype kShown = 3;
+    auto shown = misfits.first(std::min(kShown, misfits.size()));
+    if (misfits.size() > kShown) {
+        shown.append(QStringLiteral("%1 more").arg(misfits.size() - kShown));
+    }
+    return QStringLiteral(": does not fit into this variation piece by piece: ") +
+           shown.join(QStringLiteral(" · "));
+}
+
 void fillPlan(Planned &planned, const MergeInputs &inputs)
 {
     auto &plan = planned.plan;
@@ -142,6 +155,9 @@ void fillPlan(Planned &planned, const MergeInputs &inputs)
                                      proposal.summary, proposal.category,
                                      proposal.verdict == Proposal::Verdict::Auto, false});
             }
+        }
+        if (!planned.misfits.isEmpty()) {
+            plan.fallbacks.append({inputs.file, inputs.file + misfitText(planned.misfits)});
         }
     }
     plan.clean = plan.picks.isEmpty() && plan.fallbacks.isEmpty() &&
@@ -179,26 +195,82 @@ Planned think(const MergeInputs &inputs)
     return planned;
 }
 
+/// Leaves out the pieces that do not make a sound set with the others. Trying a merge takes as long
+/// as reading the set, so for a very large one only the whole is tried.
+class SoundPieces {
+public:
+    SoundPieces(const Planned &planned, qsizetype size)
+        : m_planned(planned), m_tries(kTriedBytes / std::max(size, qsizetype{1}))
+    {
+    }
+
+    /// What may be taken together; nothing when it would take too long to find out.
+    std::optional<std::vector<const Proposal *>> find(const std::vector<const Proposal *> &pieces)
+    {
+        keep(pieces);
+        return m_tries < 0 ? std::nullopt : std::optional(m_kept);
+    }
+
+private:
+    static constexpr qsizetype kTriedBytes = qsizetype{200} * 1024 * 1024;
+
+    void keep(std::span<const Proposal *const> pieces)
+    {
+        if (pieces.empty() || --m_tries < 0) {
+            return;
+        }
+        auto all = m_kept;
+        all.insert(all.end(), pieces.begin(), pieces.end());
+        if (mergeSoundly(m_planned, all)) {
+            m_kept = std::move(all);
+        } else if (pieces.size() > 1) {
+            keep(pieces.first(pieces.size() / 2));
+            keep(pieces.subspan(pieces.size() / 2));
+        }
+    }
+
+    const Planned &m_planned;
+    qsizetype m_tries;
+    std::vector<const Proposal *> m_kept;
+};
+
 /// Both ends of what a user can choose are tried, so that a plan never promises what applying it
 /// would refuse.
 void tryOut(Planned &planned, const MergeInputs &inputs)
 {
-    if (planned.proposals.empty()) {
-        return;
-    }
+    QString reason;
     for (const bool additionsOnly : {true, false}) {
         const auto chosen = allOf(planned.proposals, additionsOnly);
-        const auto merged =
-            chosen.empty() ? SetResult<MergedText>() : mergeSoundly(planned, chosen);
-        if (!merged) {
-            planned.obstacle =
-                QStringLiteral("its pieces do not fit together (%1)").arg(merged.error().message);
-            planned.proposals.clear();
-            planned.plan = {};
-            fillPlan(planned, inputs);
-            return;
+        if (const auto merged =
+                chosen.empty() ? SetResult<MergedText>() : mergeSoundly(planned, chosen);
+            !merged) {
+            reason = merged.error().message;
         }
     }
+    if (reason.isEmpty()) {
+        return;
+    }
+    const auto sound =
+        SoundPieces(planned, planned.into->xml().size()).find(allOf(planned.proposals, false));
+    if (!sound || sound->empty()) {
+        planned.obstacle = QStringLiteral("its pieces do not fit together (%1)").arg(reason);
+        planned.proposals.clear();
+    } else {
+        std::vector<Proposal> kept;
+        for (auto &proposal : planned.proposals) {
+            if (std::ranges::find(*sound, &proposal) != sound->end()) {
+                kept.push_back(std::move(proposal));
+            } else {
+                planned.misfits.append(proposal.verdict == Proposal::Verdict::Pick
+                                           ? proposal.title
+                                           : proposal.summary);
+            }
+        }
+        planned.proposals = std::move(kept);
+        planned.pickKeys = readableKeys(planned.proposals);
+    }
+    planned.plan = {};
+    fillPlan(planned, inputs);
 }
 
 SetError stale()
@@ -220,12 +292,17 @@ SetResult<QHash<QString, QString>> sidesOf(const QList<IPCMergeKeySide> &choices
     return sides;
 }
 
+bool takesWhole(const MergePlanResult &plan, const QHash<QString, QString> &sides)
+{
+    return !plan.fallbacks.isEmpty() && sides.value(plan.fallbacks.first().keyId, kInto) == kFrom;
+}
+
 SetResult<MergeOutcome> applyWhole(const MergeInputs &inputs, const MergePlanResult &plan,
                                    const QHash<QString, QString> &sides)
 {
     MergeOutcome outcome{inputs.into, {}, {}};
     outcome.result.degradeReason = plan.fallbacks.first().regionSummary;
-    if (sides.value(plan.fallbacks.first().keyId, kInto) == kFrom) {
+    if (takesWhole(plan, sides)) {
         outcome.file = inputs.from;
         outcome.result.autoMerged = 1;
         outcome.summaries = {QStringLiteral("Took the whole file")};
@@ -254,10 +331,13 @@ SetResult<MergeOutcome> applyMerge(const MergeInputs &inputs, const MergeDecisio
     if (!picks || !fallbacks) {
         return tl::unexpected(!picks ? picks.error() : fallbacks.error());
     }
-    if (!planned.plan.fallbacks.isEmpty()) {
+    if (!planned.obstacle.isEmpty() || takesWhole(planned.plan, *fallbacks)) {
         return applyWhole(inputs, planned.plan, *fallbacks);
     }
     MergeOutcome outcome{inputs.into, {}, {}};
+    if (!planned.misfits.isEmpty()) {
+        outcome.result.degradeReason = planned.plan.fallbacks.first().regionSummary;
+    }
     const QSet<QString> approved(decisions.approvedIds.begin(), decisions.approvedIds.end());
     std::vector<const Proposal *> chosen;
     for (std::size_t i = 0; i < planned.proposals.size(); ++i) {
@@ -280,7 +360,7 @@ SetResult<MergeOutcome> applyMerge(const MergeInputs &inputs, const MergeDecisio
         return tl::unexpected(merged.error());
     }
     outcome.file = packSet(merged->xml, planned.into->container());
-    outcome.result.autoMerged = static_cast<qint64>(chosen.size());
+    outcome.result.autoMerged = 1; // users are told of files
     outcome.result.skipped = merged->skipped;
     outcome.result.skipped.removeDuplicates();
     return outcome;

@@ -32,6 +32,11 @@ std::vector<int> compose(const std::vector<int> &toBase, const std::vector<int> 
     return result;
 }
 
+std::size_t at(int place)
+{
+    return static_cast<std::size_t>(place);
+}
+
 } // namespace
 
 ThreeWay::ThreeWay(const SetDocument &baseState, const SetDocument &intoState,
@@ -68,6 +73,49 @@ ThreeWay::ThreeWay(const SetDocument &baseState, const SetDocument &intoState,
     for (const auto *const ids : std::array{&basePointees, &intoPointees, &fromPointees}) {
         for (const auto &id : *ids) {
             nextPointee = std::max(nextPointee, id.toLongLong() + 1);
+        }
+    }
+    matchNewScenes();
+}
+
+/// Whether a scene, and its clips on the tracks of both sides, are equal.
+bool ThreeWay::isSameRow(int intoScene, int fromScene) const
+{
+    const auto &ours = into.model().scenes[at(intoScene)];
+    const auto &theirs = from.model().scenes[at(fromScene)];
+    if (!isSameMusic(ours.node, theirs.node)) {
+        return false;
+    }
+    return std::ranges::all_of(from.model().tracks, [&](const Track &track) {
+        const auto *const other = intoOf.value(&track);
+        return !other || at(fromScene) >= track.gridSlots.size() ||
+               at(intoScene) >= other->gridSlots.size() ||
+               isSameMusic(track.gridSlots[at(fromScene)].node,
+                           other->gridSlots[at(intoScene)].node);
+    });
+}
+
+/// Equal new scenes between the same scenes of the ancestor are one.
+void ThreeWay::matchNewScenes()
+{
+    constexpr int kMostPairs = 100'000; // a bound for sets made to be slow
+    int pairs = 0;
+    int next = 0; // the first scene of "into" that may still be matched
+    for (int f = 0; f < static_cast<int>(intoSceneOf.size()); ++f) {
+        if (baseFrom.baseOf[at(f)] >= 0) {
+            next = intoSceneOf[at(f)] >= 0 ? intoSceneOf[at(f)] + 1 : next;
+            continue;
+        }
+        for (int i = next; i < static_cast<int>(fromSceneOf.size()); ++i) {
+            if (fromSceneOf[at(i)] >= 0 || ++pairs > kMostPairs) {
+                break;
+            }
+            if (baseInto.baseOf[at(i)] < 0 && isSameRow(i, f)) {
+                intoSceneOf[at(f)] = i;
+                fromSceneOf[at(i)] = f;
+                next = i + 1;
+                break;
+            }
         }
     }
 }

@@ -36,6 +36,10 @@ struct ThreeWay {
     QSet<QByteArray> fromPointees;
     qint64 nextPointee = 0; ///< free on all sides
     qint64 nextTrackId = 0;
+
+private:
+    bool isSameRow(int intoScene, int fromScene) const;
+    void matchNewScenes();
 };
 
 /// The numbers of all parameters in an element.

@@ -291,7 +291,7 @@ void writeTrack(Writer &w, const SetSketch::Track &track, int scenes)
         w.close();
     }
     w.open("DeviceChain");
-    writeRouting(w, "AudioInputRouting", "AudioIn/External/S0");
+    writeRouting(w, "AudioInputRouting", track.input);
     writeRouting(w, "AudioOutputRouting", track.output);
     writeMixer(w, track);
     if (holdsClips) {

@@ -56,6 +56,7 @@ struct SetSketch {
         Parameter pan;
         Parameter active;
         QList<Parameter> sends;
+        QByteArray input = "AudioIn/External/S0";
         QByteArray output = "AudioOut/Main";
         QList<Device> devices;
         QList<Clip> arrangement;
