@@ -206,7 +206,7 @@ int optionHeight(const QString &detail)
 }
 int heightOf(const MergeRow::PicksGroup &row)
 {
-    return Height::title + (row.isExpanded ? 0 : 2 * Height::option) + Height::gap;
+    return Height::group + (row.isExpanded ? 0 : 2 * Height::option + Height::gap);
 }
 int heightOf(const MergeRow::PickRow &row)
 {

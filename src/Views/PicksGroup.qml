@@ -13,28 +13,21 @@ Item {
     signal toggled
     signal select(side: string)
 
-    DSText {
-        id: label
-        x: DS.gutter
-        width: Math.min(label.implicitWidth, root.width - each.width - number.implicitWidth - 2 * DS.gutter - 24)
-        height: 22
-        text: root.title
-    }
-    DSText {
-        id: number
-        anchors.left: label.right
-        anchors.leftMargin: 8
-        height: 22
-        text: root.count
-        color: DS.color.greyDim
+    GroupHeader {
+        id: header
+        width: root.width
+        height: 28
+        rightPadding: root.width - each.x + 8
+        title: root.title
+        count: root.count
+        expanded: root.isExpanded
+        onClicked: root.toggled()
     }
     DSPlainButton {
         id: each
         anchors.right: parent.right
         anchors.rightMargin: DS.gutter - rightPadding
-        height: 22
-        topPadding: 0
-        bottomPadding: 0
+        anchors.verticalCenter: header.verticalCenter
         title: "Show each one"
         DSAccessible.expandable: true
         DSAccessible.expanded: root.isExpanded
@@ -42,7 +35,7 @@ Item {
     }
     Column {
         x: DS.gutter - 6
-        y: 22
+        y: header.height
         width: root.width - 2 * x
         visible: !root.isExpanded
 

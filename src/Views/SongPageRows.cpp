@@ -17,7 +17,10 @@ void addIf(QList<int> &roles, bool changed, int role)
 
 QHash<int, QByteArray> SongVersionRowTraits::roleNames()
 {
-    return {{NameRole, "name"}, {QuestionRole, "question"}, {IsConfirmingRole, "isConfirming"}};
+    return {{NameRole, "name"},
+            {QuestionRole, "question"},
+            {IsConfirmingRole, "isConfirming"},
+            {TopRole, "rowTop"}};
 }
 
 QVariant SongVersionRowTraits::data(const SongVersionRowData &row, int role)
@@ -29,6 +32,8 @@ QVariant SongVersionRowTraits::data(const SongVersionRowData &row, int role)
         return SongPageTexts::deleteVersionQuestion(row.name);
     case IsConfirmingRole:
         return row.isConfirming;
+    case TopRole:
+        return row.top;
     default:
         return {};
     }
@@ -39,6 +44,7 @@ QList<int> SongVersionRowTraits::changedRoles(const SongVersionRowData &before,
 {
     QList<int> roles;
     addIf(roles, before.isConfirming != after.isConfirming, IsConfirmingRole);
+    addIf(roles, before.top != after.top, TopRole);
     return roles;
 }
 
@@ -49,7 +55,8 @@ QHash<int, QByteArray> VariationRowTraits::roleNames()
             {IsCurrentRole, "isCurrent"},
             {DeletableRole, "deletable"},
             {IsConfirmingRole, "isConfirming"},
-            {IsRenamingRole, "isRenaming"}};
+            {IsRenamingRole, "isRenaming"},
+            {TopRole, "rowTop"}};
 }
 
 QVariant VariationRowTraits::data(const VariationRowData &row, int role)
@@ -67,6 +74,8 @@ QVariant VariationRowTraits::data(const VariationRowData &row, int role)
         return row.isConfirming;
     case IsRenamingRole:
         return row.isRenaming;
+    case TopRole:
+        return row.top;
     default:
         return {};
     }
@@ -80,6 +89,7 @@ QList<int> VariationRowTraits::changedRoles(const VariationRowData &before,
     addIf(roles, before.deletable != after.deletable, DeletableRole);
     addIf(roles, before.isConfirming != after.isConfirming, IsConfirmingRole);
     addIf(roles, before.isRenaming != after.isRenaming, IsRenamingRole);
+    addIf(roles, before.top != after.top, TopRole);
     return roles;
 }
 

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "KeyedListModel.h"
-
-#include <QtQml/qqmlregistration.h>
+#include "Views/RowList.h"
 
 namespace ostra {
 
@@ -10,11 +8,13 @@ namespace ostra {
 struct SongVersionRowData {
     QString name;
     bool isConfirming = false; ///< its deletion awaits confirmation
+    int top = 0;               ///< in points, from the top of the list
+    int height = 0;            ///< in points
     bool operator==(const SongVersionRowData &) const = default;
 };
 
 struct SongVersionRowTraits {
-    enum Role { NameRole = Qt::UserRole, QuestionRole, IsConfirmingRole };
+    enum Role { NameRole = Qt::UserRole, QuestionRole, IsConfirmingRole, TopRole };
 
     static QHash<int, QByteArray> roleNames();
     static QString key(const SongVersionRowData &row) { return row.name; }
@@ -24,14 +24,7 @@ struct SongVersionRowTraits {
 };
 
 /// The versions of the song, in the service's order.
-class SongVersionListModel : public KeyedListModel<SongVersionRowData, SongVersionRowTraits> {
-    Q_OBJECT
-    QML_ELEMENT
-    QML_UNCREATABLE("made by SongPageViewModel")
-
-public:
-    using KeyedListModel::KeyedListModel;
-};
+using SongVersionRows = RowListOf<SongVersionRowData, SongVersionRowTraits>;
 
 /// One variation of the song as its row shows it.
 struct VariationRowData {
@@ -40,6 +33,8 @@ struct VariationRowData {
     bool deletable = false;
     bool isConfirming = false; ///< its deletion awaits confirmation
     bool isRenaming = false;   ///< its rename field is open
+    int top = 0;               ///< in points, from the top of the list
+    int height = 0;            ///< in points
     bool operator==(const VariationRowData &) const = default;
 };
 
@@ -51,6 +46,7 @@ struct VariationRowTraits {
         DeletableRole,
         IsConfirmingRole,
         IsRenamingRole,
+        TopRole,
     };
 
     static QHash<int, QByteArray> roleNames();
@@ -60,13 +56,9 @@ struct VariationRowTraits {
 };
 
 /// The variations of the song, in the service's order.
-class VariationListModel : public KeyedListModel<VariationRowData, VariationRowTraits> {
-    Q_OBJECT
-    QML_ELEMENT
-    QML_UNCREATABLE("made by SongPageViewModel")
+using VariationRows = RowListOf<VariationRowData, VariationRowTraits>;
 
-public:
-    using KeyedListModel::KeyedListModel;
-};
+/// A row without a field or question, in points.
+inline constexpr int kSongPageRowHeight = 28;
 
 } // namespace ostra

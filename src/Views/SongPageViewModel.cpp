@@ -546,9 +546,8 @@ QCoro::Task<> SongPageViewModel::loadOnce()
     if (!self || generation != m_generation) {
         co_return;
     }
-    if (versions) {
-        setVersions(std::move(*versions));
-    }
+    // What could not be fetched stays as it was: at first, no versions.
+    setVersions(versions ? std::move(*versions) : m_versions);
     auto graph = co_await fetchingGraph;
     if (!self || !m_daemon || generation != m_generation) {
         co_return;
@@ -616,7 +615,7 @@ void SongPageViewModel::updateVersionRows()
     for (const TagInfo &version : std::as_const(m_versions)) {
         rows.append({version.name, m_confirmingVersionDelete == version.name});
     }
-    m_versionRows.setRows(std::move(rows));
+    m_versionRows.setRows(rows);
 }
 
 void SongPageViewModel::updateVariationRows()
@@ -631,7 +630,7 @@ void SongPageViewModel::updateVariationRows()
                      .isConfirming = m_confirmingVariationDelete == variation.name,
                      .isRenaming = m_renamingVariation == variation.name});
     }
-    m_variationRows.setRows(std::move(rows));
+    m_variationRows.setRows(rows);
 }
 
 } // namespace ostra

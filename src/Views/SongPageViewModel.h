@@ -39,11 +39,11 @@ class SongPageViewModel : public QObject {
     Q_PROPERTY(ostra::SemanticDiffPanelModel *diffPanel READ diffPanel CONSTANT)
     Q_PROPERTY(ostra::CommitGraphPanelModel *graphPanel READ graphPanel CONSTANT)
     Q_PROPERTY(bool hasGraph READ hasGraph NOTIFY graphChanged)
-    Q_PROPERTY(ostra::SongVersionListModel *versions READ versionRows CONSTANT)
+    Q_PROPERTY(ostra::RowList *versions READ versionRows CONSTANT)
     Q_PROPERTY(bool hasVersions READ hasVersions NOTIFY versionsChanged)
-    /// The service has told the song's versions: before, their absence means nothing.
+    /// They have been asked for: before, their absence means nothing.
     Q_PROPERTY(bool knowsVersions READ knowsVersions NOTIFY versionsChanged)
-    Q_PROPERTY(ostra::VariationListModel *variations READ variationRows CONSTANT)
+    Q_PROPERTY(ostra::RowList *variations READ variationRows CONSTANT)
     Q_PROPERTY(bool confirmingSongDelete READ confirmingSongDelete NOTIFY confirmationsChanged)
     Q_PROPERTY(bool mergeApplyInFlight READ mergeApplyInFlight WRITE setMergeApplyInFlight NOTIFY
                    mergeApplyInFlightChanged)
@@ -83,8 +83,8 @@ public:
     const QList<TagInfo> &versions() const { return m_versions; }
     bool hasVersions() const { return !m_versions.isEmpty(); }
     bool knowsVersions() const { return m_knowsVersions; }
-    SongVersionListModel *versionRows() { return &m_versionRows; }
-    VariationListModel *variationRows() { return &m_variationRows; }
+    SongVersionRows *versionRows() { return &m_versionRows; }
+    VariationRows *variationRows() { return &m_variationRows; }
     const std::optional<QString> &confirmingVariationDelete() const
     {
         return m_confirmingVariationDelete;
@@ -211,8 +211,8 @@ private:
     RelativeClock m_clock;
     SemanticDiffPanelModel m_diffPanel;
     CommitGraphPanelModel m_graphPanel;
-    SongVersionListModel m_versionRows;
-    VariationListModel m_variationRows;
+    SongVersionRows m_versionRows{kSongPageRowHeight};
+    VariationRows m_variationRows{kSongPageRowHeight};
 
     /// Counts the songs shown; an answer that belongs to an earlier one is dropped.
     quint64 m_generation = 0;

@@ -45,12 +45,17 @@ Column {
             onCancelled: root.page.closePanel()
         }
     }
-    Repeater {
-        model: root.page.variations
+    RowListView {
+        width: root.width
+        list: root.page.variations
 
         delegate: VariationRow {
             id: row
+            required property int rowTop
+
+            y: row.rowTop
             width: root.width
+            onImplicitHeightChanged: root.page.variations.setRowHeight(row.name, row.implicitHeight)
             renameText: root.page.renameText
             onRename: root.page.startVariationRename(row.name)
             onRenameEdited: text => root.page.renameText = text

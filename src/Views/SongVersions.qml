@@ -24,12 +24,17 @@ Column {
         text: "no versions on this variation — save one"
         color: DS.color.grey
     }
-    Repeater {
-        model: root.page.versions
+    RowListView {
+        width: root.width
+        list: root.page.versions
 
         delegate: SongVersionRow {
             id: row
+            required property int rowTop
+
+            y: row.rowTop
             width: root.width
+            onImplicitHeightChanged: root.page.versions.setRowHeight(row.name, row.implicitHeight)
             onRestore: root.page.restore(row.name)
             onDeleteRequested: root.page.confirmVersionDelete(row.name)
             onConfirmDelete: root.page.performVersionDelete(row.name)

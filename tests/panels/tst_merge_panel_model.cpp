@@ -514,6 +514,23 @@ private slots:
         QCOMPARE(open.world.statusRequests(), refreshes + 1);
     }
 
+    void aResolutionForAnotherSongIsDropped()
+    {
+        OpenPanel open;
+        open.conflict();
+        Answer late = Answer::ok();
+        late.held = true;
+        open.world.service.answer(u"resolve"_s, late);
+        open.panel->takeConflict(u"k1"_s);
+        QVERIFY(open.world.received(1, u"resolve"_s));
+        open.panel->setSong(u"Other.als"_s);
+        QCOMPARE(open.panel->panelCase(), MergePanelModel::Idle);
+        open.world.service.release();
+        open.settle();
+        QCOMPARE(open.panel->panelCase(), MergePanelModel::Idle);
+        QVERIFY(open.panel->allRows().isEmpty());
+    }
+
     void aClosedPanelHearsNothing_data()
     {
         QTest::addColumn<QString>("command");
@@ -595,6 +612,7 @@ private slots:
         open.settle();
         QCOMPARE(open.panel->panelCase(), MergePanelModel::Result);
         QCOMPARE(open.rowKeys(), (QStringList{u"conflicts"_s, u"conflict k2"_s}));
+        QCOMPARE(open.world.statusRequests(), 1); // what was resolved is refreshed
         open.panel->keepConflict(u"k2"_s);
         open.settle();
         QCOMPARE(open.panel->panelCase(), MergePanelModel::Summary);

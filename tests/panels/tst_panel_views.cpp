@@ -108,6 +108,12 @@ private slots:
         QVERIFY(merge.view.find(QAccessible::CheckBox, u"Reverb removed from Vocals"_s)
                     ->state()
                     .checked);
+        merge.view.press(u"Mixer"_s);
+        QCOMPARE(merge.view
+                     .find(QAccessible::CheckBox, u"Return A send of Vocals raised, with a very "
+                                                  "long name that does not fit"_s)
+                     ->text(QAccessible::Description),
+                 u"from −12.0 dB to −6.0 dB; automation is kept"_s);
         merge.panel().choosePick(u"p1"_s, u"from"_s);
         merge.panel().choosePicks(u"Bass · Filter cutoff"_s, u"into"_s);
         merge.view.settle();
@@ -148,12 +154,21 @@ private slots:
         merge.review();
         // "Tempo" stands alone, "Bass · Filter cutoff" has two.
         QCOMPARE(merge.view.all(QAccessible::Button, u"Show each one"_s).size(), 1);
+        QVERIFY(!merge.view.has(QAccessible::Button, u"Tempo"_s));
+        const auto header = [&] {
+            return merge.view.find(QAccessible::Button, u"Bass · Filter cutoff"_s);
+        };
+        QVERIFY(header() && header()->state().expandable && !header()->state().expanded);
+        QCOMPARE(header()->text(QAccessible::Description), u"2"_s);
         const auto options = [&] {
             return merge.view.all(QAccessible::RadioButton, u"Keep"_s).size();
         };
         QCOMPARE(options(), 2);
         merge.view.press(u"Show each one"_s);
         QCOMPARE(options(), 3);
+        QVERIFY(header()->state().expanded);
+        merge.view.press(u"Bass · Filter cutoff"_s);
+        QCOMPARE(options(), 2);
     }
 
     void aPlanWithoutPicksHasNoPicksAndCanBeAppliedAtOnce()
@@ -163,6 +178,91 @@ private slots:
         QVERIFY(!merge.view.has(QAccessible::Heading, u"PICKS"_s));
         QVERIFY(merge.view.has(QAccessible::Heading, u"REVIEW"_s));
         QVERIFY(merge.isEnabled(u"Apply"_s));
+    }
+
+    void tickAllTicksAGroupAndUnticksItAgain()
+    {
+        MergeView merge;
+        merge.review();
+        merge.view.press(u"Mixer"_s);
+        const auto ticked = [&] {
+            return std::ranges::count_if(
+                merge.view.all(QAccessible::CheckBox),
+                [](QAccessibleInterface *box) { return box->state().checked; });
+        };
+        const auto tickAll = [&] {
+            merge.view.all(QAccessible::Button, u"Tick all"_s)
+                .first()
+                ->actionInterface()
+                ->doAction(QAccessibleActionInterface::pressAction());
+            merge.view.settle();
+        };
+        QCOMPARE(ticked(), 0);
+        tickAll();
+        QCOMPARE(ticked(), 2);
+        tickAll();
+        QCOMPARE(ticked(), 0);
+    }
+
+    void aPickIsOneOfTwoOptionsWithWhatEachSideSays()
+    {
+        MergeView merge;
+        merge.review();
+        // "Tempo" stands first; the group of two shares one pair without details.
+        const auto option = [&](const QString &label) {
+            return merge.view.all(QAccessible::RadioButton, label).first();
+        };
+        QCOMPARE(option(u"Keep"_s)->text(QAccessible::Description), u"128.00 BPM"_s);
+        QCOMPARE(option(u"Take"_s)->text(QAccessible::Description), u"124.00 BPM"_s);
+        QVERIFY(!option(u"Keep"_s)->state().checked && !option(u"Take"_s)->state().checked);
+        option(u"Take"_s)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        merge.view.settle();
+        QVERIFY(!option(u"Keep"_s)->state().checked && option(u"Take"_s)->state().checked);
+        QCOMPARE(merge.panel().selections().pickChoices.value(u"p1"_s), u"from"_s);
+    }
+
+    void aFileIsKeptOrTakenByTheNamesOfTheVariations()
+    {
+        MergeView merge;
+        merge.review();
+        QVERIFY(merge.view.labels().contains(
+            u"these files couldn't merge piece-by-piece — pick a side per file"_s));
+        const auto sides = [&](const QString &variation) {
+            return merge.view.all(QAccessible::RadioButton, variation);
+        };
+        QCOMPARE(sides(u"main"_s).size(), 2);
+        QCOMPARE(sides(u"chorus-alt"_s).size(), 2);
+        QVERIFY(sides(u"main"_s).first()->state().checked);
+        sides(u"chorus-alt"_s)
+            .first()
+            ->actionInterface()
+            ->doAction(QAccessibleActionInterface::pressAction());
+        merge.view.settle();
+        QVERIFY(sides(u"chorus-alt"_s).first()->state().checked);
+        QCOMPARE(merge.panel().selections().fallbackChoices.value(u"f1"_s), u"from"_s);
+        QCOMPARE(merge.panel().selections().fallbackChoices.value(u"f2"_s), u"into"_s);
+    }
+
+    void waitingSaysWhatFor()
+    {
+        MergeView merge;
+        Answer late = Answer::line(samples::cleanPlan());
+        late.held = true;
+        merge.view.service.answer(u"merge_plan"_s, late);
+        late.bytes = samples::merged() + '\n';
+        merge.view.service.answer(u"merge_apply"_s, late);
+        merge.panel().setSelectedFrom(u"chorus-alt"_s);
+        merge.panel().runMerge();
+        const auto says = [&](const QString &text) {
+            return until([&] { return merge.view.labels().contains(text); });
+        };
+        QVERIFY(says(u"planning…"_s));
+        QVERIFY(merge.view.service.waitForRequests(1, u"merge_plan"_s));
+        merge.view.service.release();
+        QVERIFY(says(u"merging…"_s));
+        QVERIFY(merge.view.service.waitForRequests(1, u"merge_apply"_s));
+        merge.view.service.release();
+        QVERIFY(says(u"saved onto main"_s));
     }
 
     void takingAFileWholeWarnsAndKeepingItDoesNot()
@@ -261,6 +361,9 @@ private slots:
         model.setDiffState(DiffPanelCase::Empty{u"no changes yet"_s});
         view.settle();
         QCOMPARE(view.labels(), (QStringList{u"CHANGES · since v1"_s, u"no changes yet"_s}));
+        model.setDiffState(DiffPanelCase::Loading{});
+        view.settle();
+        QCOMPARE(view.labels(), (QStringList{u"CHANGES · since v1"_s, u"loading…"_s}));
         view.view.reset();
     }
 

@@ -1,10 +1,12 @@
-#include "Views/RowColumn.h"
+#include "Views/RowList.h"
 
 #include <QAbstractItemModelTester>
 #include <QRandomGenerator>
+#include <QSignalSpy>
 #include <QTest>
 
 using namespace ostra;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -28,6 +30,45 @@ struct Traits {
 };
 
 using Column = RowColumn<Row, Traits>;
+
+struct NamedRow {
+    QString name;
+    int top = 0;
+    int height = 0;
+};
+
+struct NamedTraits {
+    static QHash<int, QByteArray> roleNames() { return {{Qt::UserRole, "top"}}; }
+    static QString key(const NamedRow &row) { return row.name; }
+    static QVariant data(const NamedRow &row, int role)
+    {
+        return role == Qt::UserRole ? QVariant(row.top) : QVariant();
+    }
+    static QList<int> changedRoles(const NamedRow &before, const NamedRow &after)
+    {
+        return before.top == after.top ? QList<int>() : QList<int>{Qt::UserRole};
+    }
+};
+
+using List = RowListOf<NamedRow, NamedTraits>;
+
+QList<NamedRow> named(const QStringList &names)
+{
+    QList<NamedRow> rows;
+    for (const QString &name : names) {
+        rows << NamedRow{name};
+    }
+    return rows;
+}
+
+QList<int> tops(const List &list)
+{
+    QList<int> tops;
+    for (const NamedRow &row : list.allRows()) {
+        tops << row.top;
+    }
+    return tops;
+}
 
 QList<Row> rowsOf(int count, int height)
 {
@@ -95,7 +136,55 @@ private slots:
             }
         }
     }
+
+    void aRowThatOpensMovesThoseBelowIt()
+    {
+        List list(28);
+        const QAbstractItemModelTester tester(list.rows());
+        const QSignalSpy heights(&list, &RowList::heightChanged);
+        list.setRows(named({u"a"_s, u"b"_s, u"c"_s}));
+        QCOMPARE(tops(list), (QList<int>{0, 28, 56}));
+        QCOMPARE(list.height(), 84);
+        list.setRowHeight(u"b"_s, 60.2);
+        QCOMPARE(tops(list), (QList<int>{0, 28, 88}));
+        QCOMPARE(list.height(), 116);
+        list.setRowHeight(u"b"_s, 59.9);
+        QCOMPARE(heights.count(), 2);
+        list.setRowHeight(u"b"_s, 28);
+        QCOMPARE(tops(list), (QList<int>{0, 28, 56}));
+    }
+
+    void aHeightStaysWithItsRowAndGoesWithIt()
+    {
+        List list(28);
+        list.setRows(named({u"a"_s, u"b"_s}));
+        list.setRowHeight(u"b"_s, 60);
+        list.setRowHeight(u"gone"_s, 60);
+        list.setRows(named({u"b"_s, u"a"_s}));
+        QCOMPARE(tops(list), (QList<int>{0, 60}));
+        list.setRows(named({u"a"_s}));
+        list.setRows(named({u"a"_s, u"b"_s, u"gone"_s}));
+        QCOMPARE(tops(list), (QList<int>{0, 28, 56}));
+    }
+
+    void aRowThatRepeatsAnEarlierOneIsDropped()
+    {
+        List list(28);
+        list.setRows(named({u"a"_s, u"a"_s, u"b"_s}));
+        QCOMPARE(tops(list), (QList<int>{0, 28}));
+    }
+
+    void aRowThatIsBeingMadeTellsItsHeightAndIsHeardLater()
+    {
+        List list(28);
+        connect(list.rows(), &QAbstractItemModel::rowsInserted, this,
+                [&] { list.setRowHeight(u"a"_s, 60); });
+        list.setRows(named({u"a"_s, u"b"_s}));
+        QCOMPARE(tops(list), (QList<int>{0, 28}));
+        QCoreApplication::processEvents();
+        QCOMPARE(tops(list), (QList<int>{0, 60}));
+    }
 };
 
-QTEST_APPLESS_MAIN(TestRowColumn)
+QTEST_GUILESS_MAIN(TestRowColumn)
 #include "tst_row_column.moc"

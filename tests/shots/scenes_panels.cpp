@@ -61,9 +61,11 @@ const Scene kAlone(u"merge-idle-alone"_s, [](ViewFixture &view) {
     showMerge(view, samples::plan()).setVariations({{u"main"_s, true, {}}});
 });
 
-/// Over a connection of its own: the one that the pictures settle on is not held up.
-const Scene kPlanning(u"merge-planning"_s, [](ViewFixture &view) {
-    MergePanelModel &panel = showMerge(view, samples::plan());
+/// A merge that waits for the answer to `command`, over a connection of its own: the one that the
+/// pictures settle on is not held up.
+void waitFor(ViewFixture &view, const QByteArray &plan, const QString &command)
+{
+    MergePanelModel &panel = showMerge(view, plan);
     auto *daemon = new DaemonState(
         {view.scheduler, view.launcher, view.host, view.folder(), view.folder(), [] {},
          [](auto &) {
@@ -72,10 +74,21 @@ const Scene kPlanning(u"merge-planning"_s, [](ViewFixture &view) {
     daemon->start();
     until([&] { return daemon->connectionState() == DaemonState::ConnectionState::connected; });
     panel.setDaemon(daemon);
-    until([&] { return panel.hasOtherVariations(); });
-    view.service.answer(u"merge_plan"_s, Answer::silence());
+    // Replies belong to requests by their order: nothing else may be under way any more. Only the
+    // service knows of heads.
+    until([&] {
+        return !panel.variations().isEmpty() && !panel.variations().first().headCommit.isEmpty();
+    });
+    view.service.answer(command, Answer::silence());
     panel.setSelectedFrom(u"chorus-alt"_s);
     panel.runMerge();
+    until([&] { return !view.service.requests(command).isEmpty(); });
+}
+
+const Scene kPlanning(u"merge-planning"_s,
+                      [](ViewFixture &view) { waitFor(view, samples::plan(), u"merge_plan"_s); });
+const Scene kMerging(u"merge-merging"_s, [](ViewFixture &view) {
+    waitFor(view, samples::cleanPlan(), u"merge_apply"_s);
 });
 
 const Scene kReview(u"merge-review"_s, [](ViewFixture &view) { review(view, samples::plan()); });

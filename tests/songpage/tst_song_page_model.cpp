@@ -47,6 +47,22 @@ public:
     }
     QString emptyText() const { return page->diffPanel()->emptyText(); }
 
+    /// From now on every answer comes five seconds after its request.
+    void slowDown() { service.answerLate(scheduler, kLateness); }
+    void pass(Scheduler::Duration duration)
+    {
+        scheduler.advance(duration);
+        service.releaseDue();
+    }
+    /// Lets the answers to what was asked so far come, and waits for what they lead to.
+    bool passUntil(const std::function<bool()> &done)
+    {
+        pass(kLateness);
+        return until(done);
+    }
+
+    static constexpr std::chrono::seconds kLateness{5};
+
     std::unique_ptr<SongPageViewModel> page = std::make_unique<SongPageViewModel>();
 };
 
@@ -67,6 +83,7 @@ private slots:
     void saysThatNothingChangedYet();
     void saysThatNothingChangedWhenTheFirstComparisonFails();
     void knowsASongWithoutVersions();
+    void takesAFirstFetchThatFailsForASongWithoutVersions();
     void listsVersionsAsFetched();
     void offersDeletionOfOtherVariationsOnly();
     void offersNoDeletionOfTheOnlyVariation();
@@ -94,6 +111,7 @@ private slots:
     void renamingAVariationClosesTheField();
     void deletingTheSongAsksFirst();
     void actionsDoNotWaitForEachOther();
+    void aSlowServiceHoldsNothingUp();
 
     // Live.
     void raisesTheNoticeAfterTheSwitch();
@@ -128,7 +146,8 @@ private slots:
     // Another song.
     void dropsResultsOfASongThatIsNoLongerShown();
     void showsAnotherSongFromScratch();
-    void survivesFiftySongsInARow();
+    void dropsLateResultsOfSongsThatAreNoLongerShown();
+    void fiftySongsInARowLeaveNothingBehind();
     void survivesItsEndWhileLoading();
 };
 
@@ -207,23 +226,34 @@ void TestSongPageModel::knowsASongWithoutVersions()
     world.settle();
     QVERIFY(world.page->knowsVersions());
     QVERIFY(!world.page->hasVersions());
-    QCOMPARE(world.page->versionRows()->rowCount(), 0);
+    QCOMPARE(world.page->versionRows()->rows()->rowCount(), 0);
+}
+
+void TestSongPageModel::takesAFirstFetchThatFailsForASongWithoutVersions()
+{
+    PageFixture world;
+    world.fail("song_version_list");
+    world.page->setFilename(u"Other.als"_s);
+    QVERIFY(!world.page->knowsVersions());
+    world.load();
+    QVERIFY(world.page->knowsVersions());
+    QVERIFY(!world.page->hasVersions());
 }
 
 void TestSongPageModel::listsVersionsAsFetched()
 {
     PageFixture world;
     QCOMPARE(world.versionNames(), (QStringList{u"mix-v2"_s, u"mix-v1"_s}));
-    QCOMPARE(world.page->versionRows()->rows().value(1).name, u"mix-v1"_s);
+    QCOMPARE(world.page->versionRows()->allRows().value(1).name, u"mix-v1"_s);
 }
 
 void TestSongPageModel::offersDeletionOfOtherVariationsOnly()
 {
     PageFixture world;
     const QList<VariationRowData> expected{
-        {.name = u"main"_s, .isCurrent = true, .deletable = false},
-        {.name = u"chorus idea"_s, .isCurrent = false, .deletable = true}};
-    QCOMPARE(world.page->variationRows()->rows(), expected);
+        {.name = u"main"_s, .isCurrent = true, .deletable = false, .height = 28},
+        {.name = u"chorus idea"_s, .isCurrent = false, .deletable = true, .top = 28, .height = 28}};
+    QCOMPARE(world.page->variationRows()->allRows(), expected);
 }
 
 void TestSongPageModel::offersNoDeletionOfTheOnlyVariation()
@@ -232,16 +262,16 @@ void TestSongPageModel::offersNoDeletionOfTheOnlyVariation()
     world.demo[u"variations"_s] = SongPageFixture::variations({u"main"_s}, u"gone"_s);
     world.report();
     world.refresh();
-    const QList<VariationRowData> expected{{.name = u"main"_s}};
-    QCOMPARE(world.page->variationRows()->rows(), expected);
+    const QList<VariationRowData> expected{{.name = u"main"_s, .height = 28}};
+    QCOMPARE(world.page->variationRows()->allRows(), expected);
 }
 
 void TestSongPageModel::rowModelsBehave()
 {
     PageFixture world;
-    const QAbstractItemModelTester versions(world.page->versionRows());
-    const QAbstractItemModelTester variations(world.page->variationRows());
-    QSignalSpy changes(world.page->variationRows(), &QAbstractItemModel::dataChanged);
+    const QAbstractItemModelTester versions(world.page->versionRows()->rows());
+    const QAbstractItemModelTester variations(world.page->variationRows()->rows());
+    QSignalSpy changes(world.page->variationRows()->rows(), &QAbstractItemModel::dataChanged);
     world.page->confirmVariationDelete(u"chorus idea"_s);
     QCOMPARE(changes.count(), 1);
     QCOMPARE(changes.at(0).at(2).value<QList<int>>(),
@@ -253,9 +283,9 @@ void TestSongPageModel::rowModelsBehave()
     world.report();
     world.answer("song_version_list", R"({"type":"tags","tags":[{"name":"mix-v1","commit":"a"}]})");
     world.refresh();
-    QCOMPARE(world.page->variationRows()->rowCount(), 3);
-    QVERIFY(world.page->variationRows()->rows().at(2).isRenaming);
-    QVERIFY(world.page->versionRows()->rows().at(0).isConfirming);
+    QCOMPARE(world.page->variationRows()->rows()->rowCount(), 3);
+    QVERIFY(world.page->variationRows()->allRows().at(2).isRenaming);
+    QVERIFY(world.page->versionRows()->allRows().at(0).isConfirming);
 }
 
 void TestSongPageModel::opensOnePanelAtATime()
@@ -568,11 +598,58 @@ void TestSongPageModel::actionsDoNotWaitForEachOther()
     world.settle();
 }
 
+void TestSongPageModel::aSlowServiceHoldsNothingUp()
+{
+    PageFixture world;
+    world.host.start();
+    world.slowDown();
+    SongPageViewModel &page = *world.page;
+    // Everything is taken and sent at once, though nothing has been answered yet.
+    page.refreshPageData();
+    for (const Action &action : actions()) {
+        action.act(page);
+        QVERIFY2(world.received(1, QString::fromLatin1(action.cmd)), action.cmd);
+        QCOMPARE(world.line(action.cmd), action.line);
+    }
+    QVERIFY(world.received(1, u"song_graph"_s));
+    QCOMPARE(world.service.requests(u"diff_track"_s).size(), 0);
+    QCOMPARE(world.statusRequests(), 0);
+    // Every field, question and panel opens and closes meanwhile.
+    page.startNaming();
+    QCOMPARE(page.activePanel(), Panel::naming);
+    page.startBranching();
+    QCOMPARE(page.activePanel(), Panel::branching);
+    page.toggleMerge();
+    QCOMPARE(page.activePanel(), Panel::merging);
+    page.startVariationRename(u"main"_s);
+    QCOMPARE(page.renamingVariation(), u"main"_s);
+    page.confirmVersionDelete(u"mix-v1"_s);
+    QCOMPARE(page.confirmingVersionDelete(), u"mix-v1"_s);
+    page.startSongRename();
+    QVERIFY(page.renamingSong());
+    for (int i = 0; i < 4; ++i) {
+        QVERIFY(page.escape());
+    }
+    QVERIFY(!page.escape());
+
+    world.pass(PageFixture::kLateness - std::chrono::milliseconds(1));
+    QVERIFY(!world.state->abletonNotice());
+    // Then come the answers, then those to what they set off.
+    world.pass(std::chrono::milliseconds(1));
+    QVERIFY(world.received(1, u"diff_track"_s));
+    QVERIFY(world.received(1, u"status"_s));
+    QVERIFY(world.passUntil([&] { return world.state->abletonNotice().has_value(); }));
+    QCOMPARE(world.state->connectionState(), DaemonState::ConnectionState::connected);
+}
+
 void TestSongPageModel::raisesTheNoticeAfterTheSwitch()
 {
     PageFixture world;
     world.host.start();
     world.service.answer(u"checkout_track"_s, heldAnswer(Answer::ok()));
+    QStringList sentBefore;
+    QObject::connect(world.state.get(), &DaemonState::abletonNoticeChanged, world.page.get(),
+                     [&] { sentBefore = world.commands(); });
     world.page->switchVariation(u"chorus idea"_s);
     QVERIFY(world.received(1, u"checkout_track"_s));
     QVERIFY(!world.state->abletonNotice());
@@ -580,6 +657,8 @@ void TestSongPageModel::raisesTheNoticeAfterTheSwitch()
     world.settle();
     QCOMPARE(world.state->abletonNotice(),
              (AbletonNotice{u"Album"_s, u"/music/Album"_s, u"Demo.als"_s}));
+    // The action is done when its refresh is.
+    QCOMPARE(sentBefore.mid(0, 2), (QStringList{u"checkout_track"_s, u"status"_s}));
 }
 
 void TestSongPageModel::raisesNoNoticeAfterAFailedSwitch()
@@ -813,11 +892,12 @@ void TestSongPageModel::loadsAgainAfterAnOutage()
     QVERIFY(until([&] {
         return world.state->connectionState() == DaemonState::ConnectionState::disconnected;
     }));
-    world.open(u"Other.als"_s);
-    QVERIFY(!world.page->knowsVersions());
+    world.page->setFilename(u"Other.als"_s);
+    QCoreApplication::processEvents();
+    QVERIFY(!world.page->hasVersions());
     world.service.start();
     QVERIFY(world.sleep(std::chrono::seconds(2)));
-    QVERIFY(until([&] { return world.page->knowsVersions(); }));
+    QVERIFY(until([&] { return world.page->hasVersions(); }));
     world.settle();
 }
 
@@ -917,7 +997,41 @@ void TestSongPageModel::showsAnotherSongFromScratch()
     world.load();
 }
 
-void TestSongPageModel::survivesFiftySongsInARow()
+Answer versionsOfTheSongAsked(const QJsonObject &request)
+{
+    return Answer::line(R"({"type":"tags","tags":[{"name":"of )" +
+                        request[u"file"_s].toString().toUtf8() + R"(","commit":"a"}]})");
+}
+
+void TestSongPageModel::dropsLateResultsOfSongsThatAreNoLongerShown()
+{
+    PageFixture world;
+    world.service.answer(u"song_version_list"_s, versionsOfTheSongAsked);
+    world.slowDown();
+    QSet<QString> shown;
+    QObject::connect(world.page.get(), &SongPageViewModel::versionsChanged, world.page.get(), [&] {
+        for (const QString &name : world.versionNames()) {
+            shown += name;
+        }
+    });
+    world.page->refreshPageData();
+    QVERIFY(world.received(1, u"song_graph"_s));
+    world.pass(std::chrono::seconds(2));
+    world.page->setFilename(u"Other.als"_s);
+    QVERIFY(world.received(2, u"song_graph"_s));
+    // The answers about "Demo" first, which set nothing off; then those about "Other".
+    world.pass(std::chrono::seconds(3));
+    world.pass(std::chrono::seconds(2));
+    QVERIFY(until([&] { return world.page->hasVersions(); }));
+    QCOMPARE(shown, QSet<QString>{u"of Other.als"_s});
+    QVERIFY(world.received(1, u"diff_track"_s));
+    QVERIFY(world.passUntil(
+        [&] { return world.page->diffPanel()->panelCase() == SemanticDiffPanelModel::Loaded; }));
+    QCOMPARE(world.service.requests(u"diff_track"_s).size(), 1);
+    QCOMPARE(world.service.requests(u"diff_track"_s).first()[u"file"_s], u"Other.als"_s);
+}
+
+void TestSongPageModel::fiftySongsInARowLeaveNothingBehind()
 {
     PageFixture world;
     QJsonArray songs;
@@ -926,20 +1040,31 @@ void TestSongPageModel::survivesFiftySongsInARow()
     }
     world.report(songs);
     world.refresh();
-    world.service.answer(u"song_version_list"_s, [](const QJsonObject &request) {
-        return Answer::line(R"({"type":"tags","tags":[{"name":"of )" +
-                            request[u"file"_s].toString().toUtf8() + R"(","commit":"a"}]})");
-    });
-    for (int i = 0; i < 50; ++i) {
-        world.page->setFilename(u"Song %1.als"_s.arg(i));
-        QCoreApplication::processEvents();
-    }
-    world.load();
+    world.service.answer(u"song_version_list"_s, versionsOfTheSongAsked);
+    const auto objects = [&] {
+        return world.page->findChildren<QObject *>().size() +
+               world.state->findChildren<QObject *>().size();
+    };
+    // The first songs may still fill what is kept for the next.
+    const auto visit = [&](int first, int last) {
+        for (int i = first; i < last; ++i) {
+            world.page->setFilename(u"Song %1.als"_s.arg(i));
+            QCoreApplication::processEvents();
+        }
+        world.load();
+    };
+    visit(0, 2);
+    const auto objectsBefore = objects();
+    const auto timersBefore = world.scheduler.delays().size();
+    visit(2, 50);
     QCOMPARE(world.versionNames(), QStringList{u"of Song 49.als"_s});
-    // Nothing is left over that would still ask.
+    QCOMPARE(world.page->diffPanel()->summaries().size(), 1);
+    // No task waits: neither for the service, which has answered everything and is asked nothing
+    // more, nor for the time.
     world.settle();
     QCOMPARE(world.commands(), QStringList());
-    QCOMPARE(world.page->diffPanel()->summaries().size(), 1);
+    QCOMPARE(world.scheduler.delays().size(), timersBefore);
+    QCOMPARE(objects(), objectsBefore);
 }
 
 void TestSongPageModel::survivesItsEndWhileLoading()

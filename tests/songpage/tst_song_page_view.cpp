@@ -73,6 +73,7 @@ private slots:
     void marksTheCurrentVariation();
     void offersNoDeletionOfTheOnlyVariation();
     void namesItsButtons();
+    void ofManyVersionsOnlyThoseAroundWhatIsSeenHaveRows();
     void returnsToTheList();
 
     void savesAVersion();
@@ -87,6 +88,7 @@ private slots:
     void returnsTheKeyboardAfterAQuestion();
     void renamesTheSong();
 
+    void everyControlAnswersWhileTheServiceTakesItsTime();
     void opensAndClosesTheMergePanel();
     void disablesMergeOnlyWhileApplying();
     void escapeClosesWhatIsOpenThenThePage();
@@ -154,6 +156,40 @@ void TestSongPageView::namesItsButtons()
     }
     QCOMPARE(page.help(u"Switch"_s), u"Switch to this variation"_s);
     QCOMPARE(page.help(u"Delete"_s), u"Delete this song"_s);
+}
+
+void TestSongPageView::ofManyVersionsOnlyThoseAroundWhatIsSeenHaveRows()
+{
+    PageFixture page;
+    QJsonArray tags;
+    for (int i = 0; i < 2000; ++i) {
+        tags += QJsonObject{{u"name"_s, u"mix %1"_s.arg(i)}, {u"commit"_s, u"a"_s}};
+    }
+    page.answer("song_version_list",
+                QJsonDocument(QJsonObject{{u"type"_s, u"tags"_s}, {u"tags"_s, tags}})
+                    .toJson(QJsonDocument::Compact));
+    page.press(u"Back"_s);
+    page.press(u"Demo"_s);
+    const auto rows = [&] {
+        return page.all(QAccessible::Button, u"Restore this version"_s).size();
+    };
+    QVERIFY(rows() > 0);
+    QVERIFY(rows() < 60);
+    QVERIFY(page.labels().contains(u"mix 0"_s));
+    QVERIFY(!page.labels().contains(u"mix 1999"_s));
+
+    // From the other end the Tab key leads back to the newest of the last versions.
+    qobject_cast<QQuickItem *>(page.find(QAccessible::Button, u"New variation"_s)->object())
+        ->forceActiveFocus(Qt::TabFocusReason);
+    page.settle();
+    QVERIFY2(page.labels().contains(u"mix 1999"_s), qPrintable(page.tree()));
+    QVERIFY(rows() < 60);
+    page.key(Qt::Key_Backtab);
+    QCOMPARE(page.focusName(), u"Delete this version"_s);
+    page.key(Qt::Key_Space);
+    QVERIFY(page.labels().contains(u"Delete mix 1999? Its saves stay in history."_s));
+    page.press(u"Cancel"_s);
+    QCOMPARE(page.focusName(), u"Delete this version"_s);
 }
 
 void TestSongPageView::returnsToTheList()
@@ -324,6 +360,59 @@ void TestSongPageView::renamesTheSong()
         QByteArrayList{R"({"cmd":"song_rename","repo":"Album","file":"Demo.als","to":"Demo 2"})"});
     QVERIFY(page.labels().contains(u"Demo 2"_s));
     QVERIFY(page.hasButton(u"Rename song"_s));
+}
+
+void TestSongPageView::everyControlAnswersWhileTheServiceTakesItsTime()
+{
+    PageFixture page;
+    page.service.answerLate(page.scheduler, std::chrono::seconds(5));
+    const auto press = [&](const QString &name) {
+        page.all(QAccessible::Button, name)
+            .first()
+            ->actionInterface()
+            ->doAction(QAccessibleActionInterface::pressAction());
+        QCoreApplication::processEvents();
+        page.view->grabWindow();
+    };
+    const auto type = [&](const char *text) {
+        for (const char *at = text; *at; ++at) {
+            QTest::keyClick(page.view.get(), *at);
+        }
+        QTest::keyClick(page.view.get(), Qt::Key_Return);
+    };
+    press(u"Switch"_s);
+    press(u"Restore this version"_s);
+    press(u"Save"_s);
+    QCOMPARE(page.focusName(), u"Version name"_s);
+    type("mix 3");
+    press(u"New variation"_s);
+    QCOMPARE(page.focusName(), u"Variation name"_s);
+    type("verse");
+    press(u"Rename song"_s);
+    QCOMPARE(page.focusName(), u"Song name"_s);
+    QTest::keyClick(page.view.get(), Qt::Key_Escape);
+    press(u"Merge"_s);
+    QVERIFY(page.labels().contains(u"MERGE INTO main"_s));
+    press(u"Delete this version"_s);
+    QVERIFY(page.labels().contains(u"Delete mix-v1? Its saves stay in history."_s));
+    press(u"Delete"_s);
+    for (const auto &name :
+         {u"Back"_s, u"Rename song"_s, u"Save"_s, u"Merge"_s, u"Restore this version"_s,
+          u"Delete this version"_s, u"New variation"_s, u"Rename"_s, u"Switch"_s,
+          u"Delete variation"_s, u"Delete"_s}) {
+        QVERIFY2(page.hasButton(name), qPrintable(page.tree()));
+        QVERIFY2(!page.all(QAccessible::Button, name).first()->state().disabled, qPrintable(name));
+    }
+    QVERIFY(page.service.waitForRequests(1, u"song_version_delete"_s));
+    QStringList sent;
+    for (const QByteArray &line : page.changes()) {
+        sent += QJsonDocument::fromJson(line)[u"cmd"_s].toString();
+    }
+    QCOMPARE(sent,
+             (QStringList{u"checkout_track"_s, u"song_version_restore"_s, u"song_version_create"_s,
+                          u"branch_track"_s, u"song_version_delete"_s}));
+    press(u"Back"_s);
+    QVERIFY(page.hasButton(u"Album"_s));
 }
 
 void TestSongPageView::opensAndClosesTheMergePanel()

@@ -10,6 +10,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -116,6 +117,29 @@ void ScriptedService::release()
 {
     perform([this] {
         for (const Held &held : std::exchange(m_held, {})) {
+            deliver(held.fd, held.answer);
+        }
+    });
+}
+
+void ScriptedService::answerLate(const Scheduler &clock, Scheduler::Duration lateness)
+{
+    perform([&] {
+        m_clock = &clock;
+        m_lateness = lateness;
+    });
+}
+
+void ScriptedService::releaseDue()
+{
+    perform([this] {
+        const auto isDue = [now = m_clock->now()](const Held &held) {
+            return held.due && *held.due <= now;
+        };
+        std::vector<Held> due;
+        std::ranges::copy_if(m_held, std::back_inserter(due), isDue);
+        std::erase_if(m_held, isDue);
+        for (const Held &held : due) {
             deliver(held.fd, held.answer);
         }
     });
@@ -349,8 +373,11 @@ void ScriptedService::handle(Connection &connection, const QByteArray &line)
         m_requests.append(request);
         m_changed.notify_all();
     }
-    if (answer.held) {
+    if (answer.held || m_clock) {
         m_held.push_back({connection.fd, answer});
+        if (m_clock) {
+            m_held.back().due = m_clock->now() + m_lateness;
+        }
         return;
     }
     deliver(connection.fd, answer);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Scheduler.h"
+
 #include <QByteArray>
 #include <QByteArrayList>
 #include <QJsonObject>
@@ -77,6 +79,10 @@ public:
     void sendRaw(const QByteArray &bytes, int pieceSize = 0);
     /// Sends the answers that were held back, oldest first.
     void release();
+    /// From now on every answer is due so long after its request, and leaves with the next
+    /// releaseDue() from then on. For a clock that is turned by hand.
+    void answerLate(const Scheduler &clock, Scheduler::Duration lateness);
+    void releaseDue();
     /// Closes every connection; listening goes on.
     void closeConnections();
     /// Leaves what clients write in the socket until resumed.
@@ -110,6 +116,7 @@ private:
     struct Held {
         int fd = -1;
         Answer answer;
+        std::optional<Scheduler::Duration> due = std::nullopt;
     };
 
     void run();
@@ -144,6 +151,8 @@ private:
     int m_wakeWrite = -1;
     bool m_paused = false;
     bool m_ended = false;
+    const Scheduler *m_clock = nullptr;
+    Scheduler::Duration m_lateness{};
     std::vector<Connection> m_connections;
     std::vector<Held> m_held;
     std::thread m_thread;

@@ -217,6 +217,9 @@ private slots:
         QVERIFY(view.labels().contains(
             u"Live is still playing Mix.als as it was before the switch — don't save it. Relaunch "
             "to load the switched version."_s));
+        QCOMPARE(view.find(QAccessible::Button, u"Relaunch"_s)->object()->property("help"),
+                 u"Quit Ableton (it will ask about unsaved changes) and reopen the switched "
+                 "project"_s);
         view.press(u"Dismiss"_s);
         QVERIFY(!view.daemon->hasAbletonNotice());
         QVERIFY(!view.has(QAccessible::AlertMessage, u"ABLETON HAS THE OLD VERSION"_s));
