@@ -42,7 +42,7 @@ Item {
             anchors.fill: parent
 
             DSDivider {
-                y: 4
+                y: 8
                 width: parent.width
                 visible: sectionView.row.rowTop > 0
             }

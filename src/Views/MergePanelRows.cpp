@@ -7,7 +7,7 @@ namespace ostra {
 namespace {
 
 namespace Height {
-constexpr int section = 34;
+constexpr int section = 38;
 constexpr int firstSection = 26;
 constexpr int group = 28;
 constexpr int line = 22;
