@@ -2,6 +2,7 @@
 
 #include "Sets/Plan.h"
 #include "Sets/Scalars.h"
+#include "Sets/TrackTexts.h"
 
 namespace ostra {
 
@@ -16,7 +17,7 @@ std::vector<Proposal> planProposals(const ThreeWay &states)
     for (const auto &track : plan.from.tracks) {
         const auto *const into = states.intoOf.value(&track);
         const auto *const base = states.baseOf(track);
-        if (into && base) {
+        if (into && base && !isUntouched(states.base, *base, states.from, track)) {
             const Trio trio{*base, *into, track};
             planScalars(plan, track.name, "track/" + track.key, trackScalars(*base),
                         trackScalars(*into), trackScalars(track));

@@ -30,7 +30,7 @@ void forEachElement(pugi::xml_node element, Visit visit)
         return;
     }
     visit(element);
-    for (const auto child : element.children()) {
+    for (auto child = element.first_child(); child; child = child.next_sibling()) {
         forEachElement<Visit &>(child, visit);
     }
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <string_view>
 #include <unordered_set>
 
@@ -75,7 +76,7 @@ bool hasSameAttributes(xml_node a, xml_node b)
     auto left = musical(a.first_attribute());
     auto right = musical(b.first_attribute());
     while (left && right) {
-        if (QByteArrayView(left.name()) != QByteArrayView(right.name()) ||
+        if (std::strcmp(left.name(), right.name()) != 0 ||
             !isSameValue(left.value(), right.value())) {
             return false;
         }
@@ -83,6 +84,14 @@ bool hasSameAttributes(xml_node a, xml_node b)
         right = musical(right.next_attribute());
     }
     return !left && !right;
+}
+
+bool hasSameText(xml_node a, xml_node b)
+{
+    const char *const left = a.child_value();
+    const char *const right = b.child_value();
+    return std::strcmp(left, right) == 0 ||
+           QByteArrayView(left).trimmed() == QByteArrayView(right).trimmed();
 }
 
 bool contains(std::initializer_list<QByteArrayView> names, QByteArrayView name)
@@ -141,14 +150,13 @@ bool isSameMusicBut(xml_node a, xml_node b, std::initializer_list<QByteArrayView
     if (!a || !b) {
         return !a && !b;
     }
-    if (QByteArrayView(a.name()) != QByteArrayView(b.name())) {
+    if (std::strcmp(a.name(), b.name()) != 0) {
         return false;
     }
-    if (QByteArrayView(a.name()) == "FileRef") {
+    if (std::strcmp(a.name(), "FileRef") == 0) {
         return isSameFile(a, b);
     }
-    if (!hasSameAttributes(a, b) ||
-        QByteArrayView(a.child_value()).trimmed() != QByteArrayView(b.child_value()).trimmed()) {
+    if (!hasSameAttributes(a, b) || !hasSameText(a, b)) {
         return false;
     }
     const auto past = [&](xml_node child) {

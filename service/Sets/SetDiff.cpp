@@ -37,7 +37,7 @@ bool isSameBuild(const SetDocument &a, const SetDocument &b)
 class Comparison {
 public:
     Comparison(const SetDocument &base, const SetDocument &head)
-        : m_base(base.model()), m_head(head.model()),
+        : m_baseSet(base), m_headSet(head), m_base(base.model()), m_head(head.model()),
           m_versions(base.minorVersion() == head.minorVersion() ? Versions::Same
                                                                 : Versions::Different),
           m_unnamed(isSameBuild(base, head) ? UnnamedParts::Told : UnnamedParts::Ignored)
@@ -59,7 +59,9 @@ public:
         compareTrackList();
         m_scenes = matchScenes(m_base, m_head);
         for (const auto &[before, after] : m_pairs) {
-            compareTracks(*before, *after);
+            if (!isUntouched(m_baseSet, *before, m_headSet, *after)) {
+                compareTracks(*before, *after);
+            }
         }
         compareScenes();
         compareLocators();
@@ -83,6 +85,8 @@ private:
     void compareLocators();
     void compareGrooves();
 
+    const SetDocument &m_baseSet;
+    const SetDocument &m_headSet;
     const SetModel &m_base;
     const SetModel &m_head;
     Versions m_versions;

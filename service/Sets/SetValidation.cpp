@@ -6,6 +6,9 @@
 #include <QSet>
 
 #include <algorithm>
+#include <optional>
+#include <utility>
+#include <vector>
 
 namespace ostra {
 
@@ -27,8 +30,7 @@ public:
         for (const auto &groove : m_model.grooves) {
             m_grooves.insert(groove.id);
         }
-        checkPointees();
-        checkReferences();
+        checkNumbers();
         checkOrder();
         for (const auto &track : m_model.tracks) {
             checkSends(track);
@@ -46,8 +48,8 @@ private:
         }
     }
     void checkTrackId(const Track &track);
-    void checkPointees();
-    void checkReferences();
+    void checkNumbers();
+    void checkPointee(pugi::xml_attribute number, std::optional<double> next);
     void checkReference(const Reference &reference);
     void checkOrder();
     void checkSends(const Track &track);
@@ -56,7 +58,7 @@ private:
     const SetModel &m_model;
     QSet<QByteArray> m_trackIds;
     QSet<QByteArray> m_groupIds;
-    QSet<QByteArray> m_pointees;
+    QSet<QByteArrayView> m_pointees; ///< in the document's text
     QSet<QByteArray> m_grooves;
     QStringList m_errors;
 };
@@ -72,33 +74,36 @@ void Validation::checkTrackId(const Track &track)
     }
 }
 
-void Validation::checkPointees()
+/// Whether every parameter has a number of its own, and every reference leads somewhere.
+void Validation::checkNumbers()
 {
     const auto counter = m_model.liveSet.child("NextPointeeId");
     const double next = numberOf(counter);
+    std::vector<Reference> references;
     forEachElement(m_model.liveSet, [&](xml_node element) {
-        if (!isPointee(element)) {
-            return;
-        }
-        const QByteArray id(element.attribute("Id").value());
-        if (m_pointees.contains(id)) {
-            fail(QStringLiteral("Two parameters bear the number %1.").arg(QString::fromUtf8(id)));
-        }
-        m_pointees.insert(id);
-        if (counter && numberOf(element.attribute("Id")) >= next) {
-            fail(QStringLiteral("The parameter number %1 is not below the set's counter.")
-                     .arg(QString::fromUtf8(id)));
+        if (isPointee(element)) {
+            checkPointee(element.attribute("Id"), counter ? std::optional(next) : std::nullopt);
+        } else if (auto reference = referenceIn(element)) {
+            references.push_back(std::move(*reference));
         }
     });
+    for (const auto &reference : references) {
+        checkReference(reference);
+    }
 }
 
-void Validation::checkReferences()
+void Validation::checkPointee(pugi::xml_attribute number, std::optional<double> next)
 {
-    forEachElement(m_model.liveSet, [&](xml_node element) {
-        if (const auto reference = referenceIn(element)) {
-            checkReference(*reference);
-        }
-    });
+    const QByteArrayView id(number.value());
+    const auto before = m_pointees.size();
+    m_pointees.insert(id);
+    if (m_pointees.size() == before) {
+        fail(QStringLiteral("Two parameters bear the number %1.").arg(QString::fromUtf8(id)));
+    }
+    if (next && numberOf(number) >= *next) {
+        fail(QStringLiteral("The parameter number %1 is not below the set's counter.")
+                 .arg(QString::fromUtf8(id)));
+    }
 }
 
 void Validation::checkReference(const Reference &reference)

@@ -23,6 +23,17 @@ QSet<QByteArray> pointeesIn(xml_node element)
 
 namespace {
 
+QSet<QByteArrayView> allPointees(const SetModel &model)
+{
+    QSet<QByteArrayView> ids;
+    forEachElement(model.liveSet, [&](xml_node node) {
+        if (isPointee(node)) {
+            ids.insert(node.attribute("Id").value());
+        }
+    });
+    return ids;
+}
+
 std::vector<int> compose(const std::vector<int> &toBase, const std::vector<int> &fromBase)
 {
     std::vector<int> result;
@@ -46,8 +57,8 @@ ThreeWay::ThreeWay(const SetDocument &baseState, const SetDocument &intoState,
       baseFrom(matchScenes(base.model(), from.model())),
       intoSceneOf(compose(baseFrom.baseOf, baseInto.headOf)),
       fromSceneOf(compose(baseInto.baseOf, baseFrom.headOf)),
-      basePointees(pointeesIn(base.model().liveSet)),
-      intoPointees(pointeesIn(into.model().liveSet)), fromPointees(pointeesIn(from.model().liveSet))
+      basePointees(allPointees(base.model())), intoPointees(allPointees(into.model())),
+      fromPointees(allPointees(from.model()))
 {
     for (const auto &track : base.model().tracks) {
         baseTracks.insert(track.key, &track);

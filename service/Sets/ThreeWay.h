@@ -31,9 +31,10 @@ struct ThreeWay {
     std::vector<int> intoSceneOf; ///< by scene of "from", -1 for none
     std::vector<int> fromSceneOf; ///< by scene of "into"
 
-    QSet<QByteArray> basePointees;
-    QSet<QByteArray> intoPointees;
-    QSet<QByteArray> fromPointees;
+    // Numbers of parameters, in the texts of the documents.
+    QSet<QByteArrayView> basePointees;
+    QSet<QByteArrayView> intoPointees;
+    QSet<QByteArrayView> fromPointees;
     qint64 nextPointee = 0; ///< free on all sides
     qint64 nextTrackId = 0;
 

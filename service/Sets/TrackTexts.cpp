@@ -2,6 +2,9 @@
 
 #include "Sets/DeviceChanges.h"
 #include "Sets/MusicalText.h"
+#include "Sets/SetDocument.h"
+
+#include <algorithm>
 
 namespace ostra {
 
@@ -59,6 +62,16 @@ QHash<QByteArray, QString> parameterNames(const Track &track)
     };
     collect(collect, track.chain, {});
     return names;
+}
+
+bool isUntouched(const SetDocument &base, const Track &before, const SetDocument &head,
+                 const Track &after)
+{
+    const auto keyOf = [](const Track *track) {
+        return track->key;
+    };
+    return std::ranges::equal(base.model().returns(), head.model().returns(), {}, keyOf, keyOf) &&
+           base.text(before.node) == head.text(after.node);
 }
 
 } // namespace ostra

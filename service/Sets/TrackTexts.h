@@ -22,4 +22,9 @@ QHash<QByteArray, QString> parameterNames(const Track &track);
 QList<DeltaSummary> diffTracks(const SetDocument &base, const Track &before,
                                const SetDocument &head, const Track &after);
 
+/// Whether a track is, to the byte, what it was, and its sends lead to the same returns. A quick
+/// answer for what most saves leave alone.
+bool isUntouched(const SetDocument &base, const Track &before, const SetDocument &head,
+                 const Track &after);
+
 } // namespace ostra
