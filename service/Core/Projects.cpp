@@ -292,6 +292,35 @@ void Projects::write(const IPCCommand &command, Responder respond, Write work)
 
 void Projects::read(const IPCCommand &command, Responder respond, Read work)
 {
+    postReading(
+        command, respond,
+        [this, respond, work = std::move(work)](HistoryReader &reader, const SongSnapshot &song) {
+            const auto outcome = work(reader, song);
+            const QByteArray line = encodeReply(
+                outcome ? *outcome : IPCResponse(Reply::Error{outcome.error().message}));
+            later([respond, line] { respond.line(line); });
+        });
+}
+
+void Projects::think(const IPCCommand &command, Responder respond, ReadFirst work)
+{
+    postReading(
+        command, respond,
+        [this, respond, work = std::move(work)](HistoryReader &reader, const SongSnapshot &song) {
+            auto thought = work(reader, song);
+            if (!thought) {
+                later([respond, message = thought.error().message] { respond.error(message); });
+                return;
+            }
+            m_readers.start([this, respond, thought = std::move(*thought)] {
+                const QByteArray line = encodeReply(thought());
+                later([respond, line] { respond.line(line); });
+            });
+        });
+}
+
+void Projects::postReading(const IPCCommand &command, const Responder &respond, Reading job)
+{
     const auto known = snapshot(command, respond);
     if (!known) {
         return;
@@ -303,13 +332,8 @@ void Projects::read(const IPCCommand &command, Responder respond, Read work)
         return;
     }
     const TrackedPtr tracked = find(command);
-    tracked->reading->post([this, reader = tracked->reader, song = *song, respond,
-                            work = std::move(work)] {
-        const auto outcome = work(*reader, song);
-        const QByteArray line =
-            encodeReply(outcome ? *outcome : IPCResponse(Reply::Error{outcome.error().message}));
-        later([respond, line] { respond.line(line); });
-    });
+    tracked->reading->post(
+        [reader = tracked->reader, song = *song, job = std::move(job)] { job(*reader, song); });
     busy();
 }
 

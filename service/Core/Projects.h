@@ -56,6 +56,10 @@ public:
     void write(const IPCCommand &command, Responder respond, Write work);
     /// Runs on the song that the command names, without waiting for recordings.
     void read(const IPCCommand &command, Responder respond, Read work);
+    /// The same in two steps: reads what it needs, then thinks about it while others read.
+    using Thought = std::function<IPCResponse()>;
+    using ReadFirst = std::function<Outcome<Thought>(HistoryReader &, const SongSnapshot &)>;
+    void think(const IPCCommand &command, Responder respond, ReadFirst work);
     /// What is known of the project that the command names, or nothing after an error reply.
     std::shared_ptr<const ProjectSnapshot> snapshot(const IPCCommand &command,
                                                     const Responder &respond) const;
@@ -69,6 +73,8 @@ private:
     enum class Origin { remembered, wanted };
 
     TrackedPtr find(const IPCCommand &command) const;
+    using Reading = std::function<void(HistoryReader &, const SongSnapshot &)>;
+    void postReading(const IPCCommand &command, const Responder &respond, Reading job);
     TrackedPtr at(const QString &path) const;
     TrackedPtr add(const KnownProject &known);
     void track(const QString &path, std::optional<Responder> respond);

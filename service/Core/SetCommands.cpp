@@ -28,18 +28,8 @@ QString fromHead(const QString &revision)
     return revision.startsWith(u'~') ? QStringLiteral("HEAD") + revision : revision;
 }
 
-Outcome<Set> stateOf(HistoryReader &reader, const ObjectId &commit)
-{
-    return reader.history()
-        .and_then([&](const History *history) { return history->xml(commit); })
-        .and_then([](const QByteArray &xml) -> Outcome<Set> {
-            auto set = readSetXml(xml);
-            return set ? Outcome<Set>(*set) : failure(set.error().message);
-        });
-}
-
-Outcome<IPCResponse> diff(HistoryReader &reader, const SongSnapshot &song, const QString &base,
-                          const QString &head)
+Outcome<Projects::Thought> diff(HistoryReader &reader, const SongSnapshot &song,
+                                const QString &base, const QString &head)
 {
     const auto before = reader.resolve(song, fromHead(base));
     const auto after = reader.resolve(song, fromHead(head));
@@ -47,23 +37,36 @@ Outcome<IPCResponse> diff(HistoryReader &reader, const SongSnapshot &song, const
         return tl::unexpected(!before ? before.error() : after.error());
     }
     if (*before == *after) {
-        return Reply::DiffResult{};
+        return [] {
+            return Reply::DiffResult{};
+        };
     }
     if (!*before || !*after) { // there is nothing before the first save
         const auto kind = *after ? QStringLiteral("add") : QStringLiteral("remove");
-        return Reply::DiffResult{
-            {{kind, QStringLiteral("Tracks"), QStringLiteral("First save of the song")}}};
+        return [kind] {
+            return Reply::DiffResult{
+                {{kind, QStringLiteral("Tracks"), QStringLiteral("First save of the song")}}};
+        };
     }
-    const auto left = stateOf(reader, **before);
-    const auto right = left ? stateOf(reader, **after) : left;
+    const auto xmlOf = [&](const ObjectId &commit) {
+        return reader.history().and_then(
+            [&](const History *history) { return history->xml(commit); });
+    };
+    const auto left = xmlOf(**before);
+    const auto right = left ? xmlOf(**after) : left;
     if (!right) {
         return tl::unexpected(right.error());
     }
-    return Reply::DiffResult{diffSets(*left, *right)};
+    return [left = *left, right = *right]() -> IPCResponse {
+        const auto old = readSetXml(left);
+        const auto now = old ? readSetXml(right) : old;
+        return now ? IPCResponse(Reply::DiffResult{diffSets(*old, *now)})
+                   : IPCResponse(Reply::Error{now.error().message});
+    };
 }
 
-Outcome<IPCResponse> plan(HistoryReader &reader, const SongSnapshot &song, const QString &from,
-                          const QString &into)
+Outcome<Projects::Thought> plan(HistoryReader &reader, const SongSnapshot &song,
+                                const QString &from, const QString &into)
 {
     const auto theirs = song.tip(from);
     const auto ours = song.tip(into);
@@ -76,8 +79,9 @@ Outcome<IPCResponse> plan(HistoryReader &reader, const SongSnapshot &song, const
             QStringLiteral("Switch to “%1” first: a merge goes into the current variation.")
                 .arg(into));
     }
-    return mergeInputs(reader, song.file, *ours, *theirs).map([](const MergeInputs &inputs) {
-        return IPCResponse(planMerge(inputs));
+    return mergeInputs(reader, song.file, *ours, *theirs).map([](MergeInputs &&inputs) {
+        return Projects::Thought(
+            [inputs = std::move(inputs)] { return IPCResponse(planMerge(inputs)); });
     });
 }
 
@@ -87,11 +91,11 @@ void addMergeCommands(CommandServer &server, Projects &projects)
         if (lacks(command, {&IPCCommand::from, &IPCCommand::into}, respond)) {
             return;
         }
-        projects.read(command, std::move(respond),
-                      [from = *command.from, into = *command.into](HistoryReader &reader,
-                                                                   const SongSnapshot &song) {
-                          return plan(reader, song, from, into);
-                      });
+        projects.think(command, std::move(respond),
+                       [from = *command.from, into = *command.into](HistoryReader &reader,
+                                                                    const SongSnapshot &song) {
+                           return plan(reader, song, from, into);
+                       });
     });
     server.handle(QStringLiteral("merge_apply"), [&](const IPCCommand &command, Responder respond) {
         if (lacks(command, {&IPCCommand::file, &IPCCommand::from, &IPCCommand::into}, respond)) {
@@ -137,11 +141,11 @@ void addSetCommands(CommandServer &server, Projects &projects)
         if (lacks(command, {&IPCCommand::base, &IPCCommand::head}, respond)) {
             return;
         }
-        projects.read(command, std::move(respond),
-                      [base = *command.base, head = *command.head](HistoryReader &reader,
-                                                                   const SongSnapshot &song) {
-                          return diff(reader, song, base, head);
-                      });
+        projects.think(command, std::move(respond),
+                       [base = *command.base, head = *command.head](HistoryReader &reader,
+                                                                    const SongSnapshot &song) {
+                           return diff(reader, song, base, head);
+                       });
     });
     addMergeCommands(server, projects);
 }

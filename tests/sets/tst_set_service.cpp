@@ -21,6 +21,7 @@ private slots:
     void statesAreCalledByVersionIdHeadAndDistance();
     void unknownStatesAreErrors();
     void aCleanPlanIsAppliedAndHasBothParents();
+    void aPlanOfLargeSetsHoldsUpNobodyElse();
     void realVariationsMergePieceByPiece();
     void aStalePlanIsRefusedAndTouchesNothing();
     void openConflictsWaitAcrossARestart();
@@ -204,6 +205,34 @@ void TestSetService::aCleanPlanIsAppliedAndHasBothParents()
                  1u);
     COMPARE_JSON(askSong("merge_plan", {{"from", "idea"}, {"into", "main"}})["changes"],
                  Json::array());
+}
+
+void TestSetService::aPlanOfLargeSetsHoldsUpNobodyElse()
+{
+    auto base = SetSketch::song();
+    for (int i = 0; i < 40; ++i) {
+        auto &track = base.tracks[base.addTrack(QStringLiteral("Track %1").arg(i))];
+        for (int device = 0; device < 150; ++device) {
+            base.addDevice(track, "AutoFilter");
+        }
+    }
+    auto idea = base;
+    idea.addTrack(QStringLiteral("Pads"));
+    makeVariations(base.file(), idea.file(), withTempo(base, 90).file());
+    const auto other = m_service->connect();
+    const Json plan{{"cmd", "merge_plan"},
+                    {"repo", "Album"},
+                    {"file", "Song.als"},
+                    {"from", "idea"},
+                    {"into", "main"}};
+    m_client->sendRaw(QByteArray::fromStdString(plan.dump()) + '\n');
+    COMPARE_JSON(other->ask({{"cmd", "status"}})["type"], "status");
+    // Even of the same song, what is read from its history does not wait for the plan.
+    COMPARE_JSON(
+        other->ask({{"cmd", "song_graph"}, {"repo", "Album"}, {"file", "Song.als"}})["type"],
+        "song_graph");
+    QVERIFY2(m_client->reply(0).is_null(), "the plan was answered first");
+    COMPARE_JSON(m_client->reply(60'000)["changes"][0]["summary"], "Added MIDI track “Pads”");
 }
 
 void TestSetService::realVariationsMergePieceByPiece()
