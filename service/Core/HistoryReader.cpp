@@ -9,7 +9,7 @@ namespace ostra {
 
 namespace {
 
-constexpr qsizetype kMostNodes = 20'000;
+constexpr size_t kMostNodes = 20'000;
 
 } // namespace
 
@@ -25,49 +25,117 @@ Outcome<const History *> HistoryReader::history()
     return &*m_history;
 }
 
-void HistoryReader::forget()
+void HistoryReader::rest()
 {
-    m_nodes = {};
     m_history.reset();
-}
-
-Outcome<const HistoryReader::Node *> HistoryReader::node(const ObjectId &id)
-{
-    auto known = m_nodes.find(id);
-    if (known == m_nodes.end()) {
-        auto info =
-            history().and_then([&](const History *history) { return history->commitInfo(id); });
-        if (!info) {
-            return tl::unexpected(info.error());
-        }
-        known = m_nodes.insert(id, {info->parents, info->time, info->message});
-    }
-    return &*known;
-}
-
-/// Everything the tips lead to, children before parents on each path but in no total order.
-Outcome<QList<ObjectId>> HistoryReader::reachable(const QList<ObjectId> &tips)
-{
     if (m_nodes.size() > kMostNodes) {
-        m_nodes.clear();
+        m_nodes = {};
+        m_places = {};
     }
-    QList<ObjectId> found;
-    QList<ObjectId> pending = tips;
-    QSet<ObjectId> seen;
+}
+
+/// The save's place, after it and everything behind it has been read.
+Outcome<int> HistoryReader::node(const ObjectId &id)
+{
+    QList<ObjectId> pending{id};
+    QHash<ObjectId, CommitInfo> waiting; // for their parents
     while (!pending.isEmpty()) {
-        const ObjectId id = pending.takeLast();
-        if (seen.contains(id)) {
+        const ObjectId next = pending.last();
+        if (m_places.contains(next)) {
+            pending.removeLast();
             continue;
         }
-        seen.insert(id);
-        found.append(id);
-        const auto known = node(id);
-        if (!known) {
-            return tl::unexpected(known.error());
+        auto known = waiting.find(next);
+        if (known == waiting.end()) {
+            auto info = history().and_then(
+                [&](const History *history) { return history->commitInfo(next); });
+            if (!info) {
+                return tl::unexpected(info.error());
+            }
+            known = waiting.insert(next, std::move(*info));
+            const auto before = pending.size();
+            for (const ObjectId &parent : std::as_const(known->parents)) {
+                if (!m_places.contains(parent)) {
+                    pending.append(parent);
+                }
+            }
+            if (pending.size() > before) {
+                continue;
+            }
         }
-        pending += (*known)->parents;
+        Node node{next, {}, known->time, known->message};
+        for (const ObjectId &parent : std::as_const(known->parents)) {
+            node.parents.append(m_places.value(parent));
+        }
+        waiting.erase(known);
+        pending.removeLast();
+        m_places.insert(next, static_cast<int>(m_nodes.size()));
+        m_nodes.push_back(std::move(node));
+    }
+    return m_places.value(id);
+}
+
+Outcome<QList<int>> HistoryReader::reachable(const QList<ObjectId> &tips)
+{
+    QList<int> pending;
+    for (const ObjectId &tip : tips) {
+        const auto place = node(tip);
+        if (!place) {
+            return tl::unexpected(place.error());
+        }
+        pending.append(*place);
+    }
+    std::vector<bool> isReached(m_nodes.size());
+    while (!pending.isEmpty()) {
+        const auto place = static_cast<size_t>(pending.takeLast());
+        if (!isReached[place]) {
+            isReached[place] = true;
+            for (const int parent : m_nodes[place].parents) {
+                pending.append(parent);
+            }
+        }
+    }
+    QList<int> found;
+    for (size_t place = 0; place < isReached.size(); ++place) {
+        if (isReached[place]) {
+            found.append(static_cast<int>(place));
+        }
     }
     return found;
+}
+
+/// Parents before children; of what may come next, the oldest.
+QList<int> HistoryReader::drawingOrder(const QList<int> &saves) const
+{
+    std::vector<int> waitingFor(m_nodes.size());
+    std::vector<QVarLengthArray<int, 1>> children(m_nodes.size());
+    using Next = std::tuple<qint64, ObjectId, int>;
+    std::priority_queue<Next, std::vector<Next>, std::greater<>> ready;
+    const auto makeReady = [&](int save) {
+        ready.emplace(at(save).time, at(save).id, save);
+    };
+    for (const int save : saves) {
+        for (const int parent : at(save).parents) {
+            children[static_cast<size_t>(parent)].append(save);
+            ++waitingFor[static_cast<size_t>(save)];
+        }
+        if (at(save).parents.isEmpty()) {
+            makeReady(save);
+        }
+    }
+    QList<int> order;
+    order.reserve(saves.size());
+    while (!ready.empty()) {
+        const int save = std::get<int>(ready.top());
+        ready.pop();
+        order.append(save);
+        for (const int child : children[static_cast<size_t>(save)]) {
+            if (--waitingFor[static_cast<size_t>(child)] == 0) {
+                makeReady(child);
+            }
+        }
+    }
+    return order;
 }
 
 Outcome<SongGraph> HistoryReader::graph(const SongSnapshot &song)
@@ -76,63 +144,37 @@ Outcome<SongGraph> HistoryReader::graph(const SongSnapshot &song)
     for (const VariationTip &variation : song.variations) {
         tips.append(variation.commit);
     }
-    const auto found = reachable(tips);
-    if (!found) {
-        return tl::unexpected(found.error());
+    const auto saves = reachable(tips);
+    if (!saves) {
+        return tl::unexpected(saves.error());
     }
 
     // A variation owns its line of first parents down to where another one owns it.
-    QHash<ObjectId, qint64> lanes;
-    QHash<ObjectId, QStringList> tipOf;
+    constexpr qint64 kNone = -1;
+    std::vector<qint64> lanes(m_nodes.size(), kNone);
+    const auto laneOf = [&](int save) -> qint64 & {
+        return lanes[static_cast<size_t>(save)];
+    };
     SongGraph graph;
     graph.current = song.current;
     for (const VariationTip &variation : song.variations) {
         const qint64 lane = graph.lanes.size();
         graph.lanes.append(variation.name);
-        ObjectId id = variation.commit;
-        while (!lanes.contains(id)) {
-            lanes.insert(id, lane);
-            const QList<ObjectId> &parents = m_nodes[id].parents;
-            if (parents.isEmpty()) {
+        int save = m_places.value(variation.commit);
+        while (laneOf(save) == kNone) {
+            laneOf(save) = lane;
+            if (at(save).parents.isEmpty()) {
                 break;
             }
-            id = parents.first();
+            save = at(save).parents.first();
         }
     }
-
-    // Parents before children; of what may come next, the oldest.
-    QHash<ObjectId, int> waitingFor;
-    QHash<ObjectId, QList<ObjectId>> children;
-    using Next = std::pair<qint64, ObjectId>;
-    std::priority_queue<Next, std::vector<Next>, std::greater<>> ready;
-    for (const ObjectId &id : *found) {
-        const Node &known = m_nodes[id];
-        const QSet<ObjectId> parents(known.parents.begin(), known.parents.end());
-        waitingFor[id] = static_cast<int>(parents.size());
-        for (const ObjectId &parent : parents) {
-            children[parent].append(id);
-        }
-        if (parents.isEmpty()) {
-            ready.emplace(known.time, id);
-        }
-    }
-    QList<ObjectId> order;
-    order.reserve(found->size());
-    while (!ready.empty()) {
-        const ObjectId id = ready.top().second;
-        ready.pop();
-        order.append(id);
-        for (const ObjectId &child : std::as_const(children[id])) {
-            if (--waitingFor[child] == 0) {
-                ready.emplace(m_nodes[child].time, child);
-            }
-        }
-    }
+    const QList<int> order = drawingOrder(*saves);
     // What only a merge leads to belonged to a variation that is gone: it is drawn with the merge.
-    for (auto id = order.rbegin(); id != order.rend(); ++id) {
-        for (const ObjectId &parent : std::as_const(m_nodes[*id].parents)) {
-            if (!lanes.contains(parent)) {
-                lanes.insert(parent, lanes.value(*id));
+    for (auto save = order.rbegin(); save != order.rend(); ++save) {
+        for (const int parent : at(*save).parents) {
+            if (laneOf(parent) == kNone) {
+                laneOf(parent) = laneOf(*save);
             }
         }
     }
@@ -145,26 +187,32 @@ Outcome<SongGraph> HistoryReader::graph(const SongSnapshot &song)
     }
     const QSet<ObjectId> isTip(tips.begin(), tips.end());
     graph.nodes.reserve(order.size());
-    for (const ObjectId &id : order) {
-        const Node &known = m_nodes[id];
+    for (const int save : order) {
+        const Node &known = at(save);
         SongGraphNode drawn;
-        drawn.id = id.hex();
+        drawn.id = known.id.hex();
         drawn.short_ = drawn.id.first(7);
         drawn.message = known.message;
         drawn.timestamp = known.time;
-        for (const ObjectId &parent : known.parents) {
-            drawn.parents.append(parent.hex());
+        for (const int parent : known.parents) {
+            drawn.parents.append(at(parent).id.hex());
         }
-        drawn.lane = lanes.value(id);
+        drawn.lane = laneOf(save);
         drawn.variation = graph.lanes.value(drawn.lane);
         drawn.isMerge = known.parents.size() > 1;
-        drawn.isTip = isTip.contains(id);
-        if (const auto version = versions.constFind(id); version != versions.constEnd()) {
+        drawn.isTip = isTip.contains(known.id);
+        if (const auto version = versions.constFind(known.id); version != versions.constEnd()) {
             drawn.version = *version;
         }
         graph.nodes.append(std::move(drawn));
     }
     return graph;
+}
+
+std::optional<int> HistoryReader::before(int save) const
+{
+    const auto &parents = at(save).parents;
+    return parents.isEmpty() ? std::nullopt : std::optional(parents.first());
 }
 
 Outcome<QList<TagInfo>> HistoryReader::versions(const SongSnapshot &song)
@@ -173,18 +221,17 @@ Outcome<QList<TagInfo>> HistoryReader::versions(const SongSnapshot &song)
     for (const VersionTag &version : song.versions) {
         wanted.insert(version.commit);
     }
+    const auto tip = song.tip(song.current);
+    const auto place = tip && !wanted.isEmpty() ? node(*tip) : Outcome<int>();
+    if (!place) {
+        return tl::unexpected(place.error());
+    }
     QSet<ObjectId> onLine;
-    auto next = song.tip(song.current);
-    while (next && onLine.size() < wanted.size()) {
-        if (wanted.contains(*next)) {
-            onLine.insert(*next);
+    auto next = tip && !wanted.isEmpty() ? std::optional(*place) : std::nullopt;
+    for (; next && onLine.size() < wanted.size(); next = before(*next)) {
+        if (wanted.contains(at(*next).id)) {
+            onLine.insert(at(*next).id);
         }
-        const auto known = node(*next);
-        if (!known) {
-            return tl::unexpected(known.error());
-        }
-        const auto &parents = (*known)->parents;
-        next = parents.isEmpty() ? std::nullopt : std::optional(parents.first());
     }
     QList<TagInfo> tags;
     for (const VersionTag &version : song.versions) {
@@ -210,16 +257,19 @@ Outcome<std::optional<ObjectId>> HistoryReader::resolve(const SongSnapshot &song
         return named->commit;
     }
     if (isNumber && steps >= 0) {
-        auto start = resolve(song, revision.first(tilde));
-        for (int i = 0; start && *start && i < steps; ++i) {
-            const auto known = node(**start);
-            if (!known) {
-                return tl::unexpected(known.error());
-            }
-            *start = (*known)->parents.isEmpty() ? std::nullopt
-                                                 : std::optional((*known)->parents.first());
+        const auto start = resolve(song, revision.first(tilde));
+        if (!start || !*start) {
+            return start;
         }
-        return start;
+        const auto place = node(**start);
+        if (!place) {
+            return tl::unexpected(place.error());
+        }
+        std::optional<int> save = *place;
+        for (int i = 0; save && i < steps; ++i) {
+            save = before(*save);
+        }
+        return save ? std::optional(at(*save).id) : std::nullopt;
     }
     if (revision == QLatin1String("HEAD")) {
         return song.tip(song.current);
@@ -228,12 +278,12 @@ Outcome<std::optional<ObjectId>> HistoryReader::resolve(const SongSnapshot &song
     for (const VariationTip &variation : song.variations) {
         tips.append(variation.commit);
     }
-    const auto found = revision.size() >= 7 ? reachable(tips) : Outcome<QList<ObjectId>>();
+    const auto found = revision.size() >= 7 ? reachable(tips) : Outcome<QList<int>>();
     if (!found) {
         return tl::unexpected(found.error());
     }
-    const auto begins = [&](const ObjectId &id) {
-        return id.hex().startsWith(revision);
+    const auto begins = [&](int save) {
+        return at(save).id.hex().startsWith(revision);
     };
     const auto match = std::ranges::find_if(*found, begins);
     if (match == found->end()) {
@@ -243,30 +293,27 @@ Outcome<std::optional<ObjectId>> HistoryReader::resolve(const SongSnapshot &song
         return failure(
             QStringLiteral("Several states of this song begin with “%1”.").arg(revision));
     }
-    return *match;
+    return at(*match).id;
 }
 
 Outcome<std::optional<ObjectId>> HistoryReader::mergeBase(const ObjectId &a, const ObjectId &b)
 {
     const auto ofA = reachable({a});
-    if (!ofA) {
-        return tl::unexpected(ofA.error());
+    const auto start = ofA ? node(b) : tl::unexpected(ofA.error());
+    if (!start) {
+        return tl::unexpected(start.error());
     }
-    const QSet<ObjectId> known(ofA->begin(), ofA->end());
+    const QSet<int> known(ofA->begin(), ofA->end());
     // Breadth first from b: the first state that a has too is the nearest.
-    QList<ObjectId> front{b};
-    QSet<ObjectId> seen;
+    QList<int> front{*start};
+    QSet<int> seen;
     while (!front.isEmpty()) {
-        QList<ObjectId> next;
-        for (const ObjectId &id : std::as_const(front)) {
-            if (known.contains(id)) {
-                return id;
+        QList<int> next;
+        for (const int save : std::as_const(front)) {
+            if (known.contains(save)) {
+                return at(save).id;
             }
-            const auto found = node(id);
-            if (!found) {
-                return tl::unexpected(found.error());
-            }
-            for (const ObjectId &parent : (*found)->parents) {
+            for (const int parent : at(save).parents) {
                 if (!seen.contains(parent)) {
                     seen.insert(parent);
                     next.append(parent);

@@ -3,6 +3,9 @@
 #include "Core/Snapshot.h"
 
 #include <QHash>
+#include <QVarLengthArray>
+
+#include <vector>
 
 namespace ostra {
 
@@ -26,22 +29,29 @@ public:
     /// The handle itself, for content.
     Outcome<const History *> history();
 
-    /// Lets go of what can be read again.
-    void forget();
+    /// Lets go of the files. What was read stays, within bounds: saves never change.
+    void rest();
 
 private:
+    /// A save, with its parents as places in m_nodes.
     struct Node {
-        QList<ObjectId> parents;
+        ObjectId id;
+        QVarLengthArray<int, 1> parents;
         qint64 time = 0;
         QString message;
     };
 
-    Outcome<const Node *> node(const ObjectId &id);
-    Outcome<QList<ObjectId>> reachable(const QList<ObjectId> &tips);
+    Outcome<int> node(const ObjectId &id);
+    /// Every save that the tips lead to, parents before children.
+    Outcome<QList<int>> reachable(const QList<ObjectId> &tips);
+    QList<int> drawingOrder(const QList<int> &saves) const;
+    const Node &at(int place) const { return m_nodes[static_cast<size_t>(place)]; }
+    std::optional<int> before(int save) const;
 
     QString m_folder;
     std::optional<History> m_history;
-    QHash<ObjectId, Node> m_nodes;
+    std::vector<Node> m_nodes; ///< every save comes after its parents
+    QHash<ObjectId, int> m_places;
 };
 
 } // namespace ostra

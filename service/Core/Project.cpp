@@ -1,7 +1,6 @@
 #include "Core/Project.h"
 
 #include "Core/Names.h"
-#include "Core/SaveSummary.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
@@ -45,8 +44,8 @@ const VersionTag *Project::Song::version(const QString &name) const
     return found == versions.end() ? nullptr : &*found;
 }
 
-Project::Project(QString folder, Listener listener)
-    : m_folder(std::move(folder)), m_listener(std::move(listener))
+Project::Project(QString folder, Listener listener, Clock clock)
+    : m_folder(std::move(folder)), m_listener(std::move(listener)), m_clock(std::move(clock))
 {
 }
 
@@ -56,7 +55,6 @@ Outcome<Project::Recorded> Project::record(const QString &file)
 {
     auto recorded = keep(file, Keep::wholeSets);
     if (recorded && *recorded == Recorded::recorded) {
-        measure();
         writeStamps();
     }
     tell();
@@ -143,24 +141,28 @@ Outcome<Project::Recorded> Project::recordImage(const QString &file, const SetIm
     const bool isNew = isFirst || song.tip.tree != *tree;
     SaveSummary summary;
     if (isNew) {
-        CommitDraft draft{*tree, {}, {}, std::min(stamp.modifiedSeconds(), now()), {}, {}};
+        CommitDraft draft{*tree, {}, summary.message, std::min(stamp.modifiedSeconds(), now()),
+                          {},    {}};
+        if (!image.isWhole()) {
+            draft.message = QStringLiteral("Kept a file that is not a whole set");
+        }
         if (!isFirst) {
             draft.parents = {song.tip.id};
             // An older file that was put in place was not saved back then.
             draft.time = draft.time < song.tip.time ? now() : draft.time;
-            const auto base = [&]() -> std::optional<QByteArray> {
-                auto xml = m_history->xml(song.tip.id);
-                return xml ? std::optional(std::move(*xml)) : std::nullopt;
-            };
-            summary = image.isWhole() ? summarise(base, image.set->xml) : SaveSummary();
         }
-        draft.message = image.isWhole() ? summary.message
-                                        : QStringLiteral("Kept a file that is not a whole set");
         draft.fileHash = QCryptographicHash::hash(image.bytes, QCryptographicHash::Sha256).toHex();
-        if (const auto done = commitOnto(file, std::move(draft), song.current); !done) {
+        if (const auto done = commitOnto(file, draft, song.current); !done) {
             return tl::unexpected(done.error());
         }
+        if (m_listener.kept) {
+            m_listener.kept(file);
+        }
+        summary = describe(file, image, std::move(draft));
     }
+    // Measuring looks at every sample of the project; that has time until it is quiet.
+    m_sizeOfFiles += song.stamp.exists() ? stamp.size - song.stamp.size : 0;
+    m_sizeOfHistory += isNew ? stamp.size : 0;
     song.isPresent = true;
     song.isUnrecorded = false;
     song.stamp = stamp;
@@ -168,6 +170,27 @@ Outcome<Project::Recorded> Project::recordImage(const QString &file, const SetIm
         m_saves.append({file, song.tip.id.hex(), summary.deltaCount});
     }
     return isNew ? Recorded::recorded : Recorded::unchanged;
+}
+
+/// Says what a save has changed. Finding the words takes longer than keeping the set, so the save
+/// is in the history already, without words, and nobody has heard of it: the commit that has them
+/// takes its place.
+SaveSummary Project::describe(const QString &file, const SetImage &image, CommitDraft draft)
+{
+    SaveSummary summary;
+    if (!image.isWhole() || draft.parents.isEmpty()) {
+        return summary;
+    }
+    const auto base = [&]() -> std::optional<QByteArray> {
+        auto xml = m_history->xml(draft.parents.first());
+        return xml ? std::optional(std::move(*xml)) : std::nullopt;
+    };
+    summary = summarise(base, image.set->xml);
+    if (summary.message != draft.message) {
+        draft.message = summary.message;
+        (void)commitOnto(file, std::move(draft), m_songs[file].current);
+    }
+    return summary;
 }
 
 /// Finds out what a file is that no song of the project has the name of: a renamed song, a deleted
@@ -191,7 +214,7 @@ Outcome<void> Project::adopt(const QString &file, const ObjectId &tree)
         return isBack.map([](bool) {});
     }
     const QString main = QStringLiteral("main");
-    m_file.songs.append({file, main, {main}});
+    m_file.songs.append({file, main, {main}, {}});
     if (const auto saved = saveFile(); !saved) {
         m_file.songs.removeLast();
         return saved;
@@ -215,7 +238,7 @@ Outcome<bool> Project::takeBackFromTrash(const QString &file, const ObjectId &tr
         if (!isSame) {
             continue;
         }
-        m_file.songs.append({file, entry.current, entry.variations});
+        m_file.songs.append({file, entry.current, entry.variations, {}});
         m_file.trash.removeAt(i);
         const auto done =
             saveFile().and_then([&] { return m_history->restoreFromTrash(file, entry.id); });
@@ -288,7 +311,10 @@ Outcome<void> Project::createVersion(const QString &file, const QString &typed)
     }
     Song &named = m_songs[file];
     const VersionTag version{*name, named.tip.id, now()};
-    return m_history->setVersion(file, version).map([&] {
+    SongEntry &known = entry(file);
+    known.versions.removeAll(*name);
+    known.versions.append(*name);
+    return saveFile().and_then([&] { return m_history->setVersion(file, version); }).map([&] {
         named.versions.prepend(version);
         findLastVersion(named);
         tell();
@@ -390,7 +416,7 @@ SongEntry &Project::entry(const QString &file)
     if (SongEntry *found = m_file.song(file)) {
         return *found;
     }
-    m_file.songs.append({file, m_songs[file].current, {}});
+    m_file.songs.append({file, m_songs[file].current, {}, {}});
     return m_file.songs.last();
 }
 
@@ -453,9 +479,11 @@ void Project::tell()
     }
 }
 
-qint64 Project::now() const
+Project::Clock Project::systemClock()
 {
-    return QDateTime::currentSecsSinceEpoch();
+    return [] {
+        return QDateTime::currentSecsSinceEpoch();
+    };
 }
 
 } // namespace ostra

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "Core/SaveSummary.h"
 #include "Core/Snapshot.h"
 #include "Models/MergeRecords.h"
 #include "Sets/SetMerge.h"
 #include "Store/AtomicFile.h"
 #include "Store/History.h"
+#include "Store/Packer.h"
 #include "Store/ProjectFile.h"
 
 #include <QHash>
@@ -44,9 +46,14 @@ public:
     struct Listener {
         std::function<void(const ProjectSnapshot &)> changed;
         std::function<void(const Save &)> saved; ///< after the change that it made
+        /// A set's content is safe on the disk; what it changed is being put into words.
+        std::function<void(const QString &file)> kept;
     };
 
-    Project(QString folder, Listener listener);
+    /// Seconds since the epoch, as the machine has them: it may be set forwards and backwards.
+    using Clock = std::function<qint64()>;
+
+    Project(QString folder, Listener listener, Clock clock = systemClock());
     ~Project();
 
     // Life.
@@ -67,10 +74,15 @@ public:
     /// Records the set if its content is new.
     Outcome<Recorded> record(const QString &file);
     void noteGone(const QString &file);
+    /// Holds as little memory as it can until it is called again.
+    void rest();
     /// The history takes another space than before.
     void remeasure();
-    /// Deletes for good what was deleted longer ago than `keptSeconds`; true if there was any.
-    bool emptyTrash(qint64 now, qint64 keptSeconds);
+    /// Removes what a new pack holds, unless something was written since; then false.
+    bool removeReplaced(const Packer::Repacked &repacked);
+    /// Deletes for good what has been in the trash longer than `keptSeconds`; true if there was
+    /// any.
+    bool emptyTrash(qint64 keptSeconds);
 
     // Commands. Each fails with a sentence and then has changed nothing but recorded saves.
     Outcome<void> createVersion(const QString &file, const QString &name);
@@ -136,6 +148,7 @@ private:
     Outcome<void> keepOrFail(const QString &file);
     Outcome<Recorded> recordImage(const QString &file, const SetImage &image,
                                   const FileStamp &stamp);
+    SaveSummary describe(const QString &file, const SetImage &image, CommitDraft draft);
     Outcome<void> adopt(const QString &file, const ObjectId &tree);
     Outcome<bool> takeBackFromTrash(const QString &file, const ObjectId &tree);
     Outcome<ObjectId> commitOnto(const QString &file, CommitDraft draft, const QString &variation);
@@ -160,6 +173,9 @@ private:
     Outcome<void> moveVariation(const QString &file, const QString &from, const QString &to);
     Outcome<void> renameInAlbums(const std::function<bool(AlbumEntry &)> &change);
     Outcome<void> keepAll();
+    Outcome<void> addAlbum(const AlbumRecord &album);
+    bool ageTrash();
+    TrashEntry &addToTrash(const QString &file, const std::optional<QString> &variation);
     AlbumRecord present(const QString &name, const std::optional<QString> &note) const;
     void refreshTip(const QString &file);
     void findLastVersion(Song &song) const;
@@ -168,10 +184,12 @@ private:
     void tell();
     QString path(const QString &file) const { return m_folder + u'/' + file; }
     QString ostraFolder() const { return m_folder + QLatin1String("/.ostra"); }
-    qint64 now() const;
+    static Clock systemClock();
+    qint64 now() const { return m_clock(); }
 
     QString m_folder;
     Listener m_listener;
+    Clock m_clock;
     ProjectFile m_file;
     std::optional<History> m_history;
     QHash<QString, Song> m_songs;

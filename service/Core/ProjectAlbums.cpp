@@ -33,9 +33,15 @@ Outcome<void> Project::createAlbum(const QString &typed, const std::optional<QSt
     if (album.songs.isEmpty()) {
         return failure(QStringLiteral("This project has no songs yet."));
     }
-    return m_history->setAlbum(album).map([&] {
+    return addAlbum(album).map([&] { tell(); });
+}
+
+Outcome<void> Project::addAlbum(const AlbumRecord &album)
+{
+    m_file.albums.removeAll(album.name);
+    m_file.albums.append(album.name);
+    return saveFile().and_then([&] { return m_history->setAlbum(album); }).map([&] {
         m_albums.prepend(album);
-        tell();
     });
 }
 
@@ -75,7 +81,7 @@ Outcome<void> Project::keepAll()
         }
     }
     const QString time =
-        QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyy-MM-ddTHHmmss"));
+        QDateTime::fromSecsSinceEpoch(now(), Qt::UTC).toString(QStringLiteral("yyyy-MM-ddTHHmmss"));
     const QString base = kSnapshotPrefix + QStringLiteral("restore-") + time + u'Z';
     QString name = base;
     for (int i = 2; std::ranges::find(m_albums, name, &AlbumRecord::name) != m_albums.end(); ++i) {
@@ -85,7 +91,7 @@ Outcome<void> Project::keepAll()
     if (album.songs.isEmpty()) {
         return {};
     }
-    return m_history->setAlbum(album).map([&] { m_albums.prepend(album); });
+    return addAlbum(album);
 }
 
 AlbumRecord Project::present(const QString &name, const std::optional<QString> &note) const

@@ -35,6 +35,15 @@ QString nameOf(const QByteArray &component, const QStringList &known)
     return decodeRefComponent(component).value_or(QString());
 }
 
+/// By the order in which they were made as far as that is known, else by what the clock said.
+template <typename Named>
+void sortNewestFirst(QList<Named> &list, const QStringList &order)
+{
+    std::ranges::sort(list, std::ranges::greater(), [&](const Named &one) {
+        return std::pair(order.indexOf(one.name), one.created);
+    });
+}
+
 /// A history can come from anywhere; a name out of it must never lead out of the project.
 bool isOwnFile(const QString &file)
 {
@@ -49,7 +58,7 @@ Outcome<void> Project::load(Missing missing, const QString &name)
         return opened;
     }
     m_albums = m_history->albums();
-    std::ranges::sort(m_albums, std::ranges::greater(), &AlbumRecord::created);
+    sortNewestFirst(m_albums, m_file.albums);
     readSongs();
     finishRename();
     finishDeletes();
@@ -120,8 +129,9 @@ void Project::readSongs()
     for (const History::SongVersions &tags : m_history->versions()) {
         const auto song = m_songs.find(nameOf(tags.file, knownFiles));
         if (song != m_songs.end()) {
+            const SongEntry *known = m_file.song(song.key());
             song->versions = tags.versions;
-            std::ranges::sort(song->versions, std::ranges::greater(), &VersionTag::created);
+            sortNewestFirst(song->versions, known ? known->versions : QStringList());
         }
     }
     for (auto it = m_songs.begin(); it != m_songs.end(); ++it) {
@@ -296,20 +306,65 @@ void Project::remeasure()
     }
 }
 
-bool Project::emptyTrash(qint64 now, qint64 keptSeconds)
+void Project::rest()
 {
+    if (m_history) {
+        m_history->rest();
+    }
+}
+
+bool Project::removeReplaced(const Packer::Repacked &repacked)
+{
+    if (!m_history || m_history->folder() != repacked.folder || !Packer::removeReplaced(repacked)) {
+        return false;
+    }
+    m_history->rest();
+    return true;
+}
+
+bool Project::emptyTrash(qint64 keptSeconds)
+{
+    if (m_file.trash.isEmpty() || !ageTrash()) {
+        return false;
+    }
     bool isAny = false;
     for (qsizetype i = m_file.trash.size() - 1; i >= 0; --i) {
         const TrashEntry &trash = m_file.trash[i];
-        if (trash.done && now - trash.deletedAt > keptSeconds && m_history->dropTrash(trash.id)) {
+        if (trash.done && trash.keptSeconds > keptSeconds && m_history->dropTrash(trash.id)) {
             m_file.trash.removeAt(i);
             isAny = true;
         }
     }
-    if (isAny) {
-        (void)saveFile();
-    }
+    (void)saveFile();
     return isAny;
+}
+
+/// Lets the time that has passed count for what lies in the trash. A day at most: more has passed
+/// only if the machine was off, or if somebody set its clock. False when it is too little to write
+/// down.
+bool Project::ageTrash()
+{
+    constexpr qint64 kLongest = 24 * 3600;
+    constexpr qint64 kShortest = 3600;
+    const qint64 passed = now() - m_file.trashLookedAt;
+    if (passed >= 0 && passed < kShortest) {
+        return false;
+    }
+    m_file.trashLookedAt = now();
+    for (TrashEntry &trash : m_file.trash) {
+        trash.keptSeconds += std::clamp<qint64>(passed, 0, kLongest);
+    }
+    return true;
+}
+
+/// Written down by the caller.
+TrashEntry &Project::addToTrash(const QString &file, const std::optional<QString> &variation)
+{
+    (void)ageTrash(); // what is new does not age by the time before it
+    const SongEntry known = entry(file);
+    const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    m_file.trash.append({id, now(), file, known.current, known.variations, variation, false});
+    return m_file.trash.last();
 }
 
 } // namespace ostra

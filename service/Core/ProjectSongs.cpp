@@ -4,7 +4,6 @@
 #include <QCryptographicHash>
 #include <QDateTime>
 #include <QFile>
-#include <QUuid>
 
 #include <algorithm>
 
@@ -148,12 +147,13 @@ Outcome<void> Project::deleteVariation(const QString &file, const QString &name)
         return failure(QStringLiteral("“%1” is the current variation. Switch to another one first.")
                            .arg(name));
     }
-    const QString trashId = QUuid::createUuid().toString(QUuid::WithoutBraces);
-    const SongEntry known = entry(file);
-    m_file.trash.append({trashId, now(), file, known.current, known.variations, name, false});
+    const QString trashId = addToTrash(file, name).id;
     const auto moved =
         saveFile().and_then([&] { return m_history->moveToTrash(file, name, trashId); });
     if (!moved) {
+        (void)m_history->dropTrash(trashId);
+        m_file.trash.removeLast(); // or the next start would finish what was refused
+        (void)saveFile();
         return moved;
     }
     m_file.trash.last().done = true;
@@ -221,9 +221,7 @@ Outcome<void> Project::deleteSong(const QString &file)
     if (const auto kept = keepOrFail(file); !kept) {
         return kept;
     }
-    const QString trashId = QUuid::createUuid().toString(QUuid::WithoutBraces);
-    const SongEntry known = entry(file);
-    m_file.trash.append({trashId, now(), file, known.current, known.variations, {}, false});
+    const QString trashId = addToTrash(file, std::nullopt).id;
     if (const auto saved = saveFile(); !saved) {
         m_file.trash.removeLast();
         return saved;

@@ -4,7 +4,6 @@
 #include "Protocol/ReplyEncoder.h"
 #include "Store/Packer.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QPointer>
@@ -32,6 +31,7 @@ constexpr int kFirstRetryMs = 30'000;
 constexpr int kLongestRetryMs = 600'000;
 constexpr qint64 kTrashKeptSeconds = 30LL * 24 * 3600;
 constexpr int kPackAfterMs = 60'000;
+constexpr int kDayMs = 24 * 3600 * 1000;
 constexpr int kBusyMachineMs = 300'000;
 constexpr qint64 kInitRecordingMs = 5'000;
 
@@ -75,6 +75,7 @@ struct Projects::Tracked {
     bool isMissing = false;
     bool isAnnounced = false; ///< the user knows that it is missing
     bool mayBePacked = true;  ///< something was written since it was last looked at
+    bool isAwake = true;      ///< something was asked of it since it was last let rest
 };
 
 Projects::Projects(Options options, QObject *parent)
@@ -108,9 +109,20 @@ Projects::Projects(Options options, QObject *parent)
     m_idle.setSingleShot(true);
     m_idle.setInterval(2'000);
     connect(&m_idle, &QTimer::timeout, this, &Projects::idle);
+    m_trim.setSingleShot(true);
+    m_trim.setInterval(500);
+    connect(&m_trim, &QTimer::timeout, this, &Projects::trim);
     m_tidy.setSingleShot(true);
     m_tidy.setInterval(m_options.packAfterMs.value_or(kPackAfterMs));
     connect(&m_tidy, &QTimer::timeout, this, &Projects::tidy);
+    m_daily.setInterval(kDayMs);
+    connect(&m_daily, &QTimer::timeout, this, [this] { // the trash ages also where nobody works
+        for (const TrackedPtr &tracked : std::as_const(m_tracked)) {
+            tracked->mayBePacked = true;
+        }
+        m_tidy.start();
+    });
+    m_daily.start();
     m_packer.setMaxThreadCount(1);
     m_packer.setThreadPriority(QThread::IdlePriority);
     m_missing.setSingleShot(true);
@@ -276,6 +288,7 @@ void Projects::write(const IPCCommand &command, Responder respond, Write work)
         return;
     }
     tracked->mayBePacked = true;
+    tracked->isAwake = true;
     tracked->writing->post([this, project = tracked->project, respond, work = std::move(work)] {
         const bool isThere = QFileInfo(project->folder()).isDir() && project->isLoaded();
         const auto outcome =
@@ -332,6 +345,7 @@ void Projects::postReading(const IPCCommand &command, const Responder &respond, 
         return;
     }
     const TrackedPtr tracked = find(command);
+    tracked->isAwake = true;
     tracked->reading->post(
         [reader = tracked->reader, song = *song, job = std::move(job)] { job(*reader, song); });
     busy();
@@ -422,6 +436,8 @@ void Projects::track(const QString &path, std::optional<Responder> respond)
 void Projects::load(const TrackedPtr &tracked, Origin origin, std::optional<Responder> respond)
 {
     tracked->isLoading = true;
+    tracked->isAwake = true;
+    busy();
     tracked->writing->post(
         [this, tracked, project = tracked->project, origin, respond, name = tracked->known.name] {
             auto outcome = [&]() -> Outcome<void> {
@@ -572,6 +588,7 @@ void Projects::record(const TrackedPtr &tracked, const QString &file)
         later([this, tracked, file, outcome] { recorded(tracked, file, outcome); });
     });
     tracked->mayBePacked = true;
+    tracked->isAwake = true;
     busy();
 }
 
@@ -797,7 +814,6 @@ void Projects::tidy()
     }
     m_tidy.setInterval(m_options.packAfterMs.value_or(kPackAfterMs));
     for (const TrackedPtr &tracked : std::as_const(m_tracked)) {
-        tracked->reading->post([reader = tracked->reader] { reader->forget(); });
         if (!tracked->isMissing && std::exchange(tracked->mayBePacked, false)) {
             pack(tracked);
         }
@@ -806,34 +822,72 @@ void Projects::tidy()
 
 void Projects::pack(const TrackedPtr &tracked)
 {
+    tracked->isAwake = true;
+    m_idle.start();
     // What was deleted long ago goes first; that needs the project for itself.
     tracked->writing->post([this, tracked, project = tracked->project] {
         if (!project->isLoaded()) {
             return;
         }
         const QString folder = project->history().folder();
-        if (project->emptyTrash(QDateTime::currentSecsSinceEpoch(), kTrashKeptSeconds)) {
-            if (const auto packed = Packer::repack(folder); !packed) {
-                Log::warning(packed.error().message);
-            }
-        }
-        m_packer.start([this, tracked, folder] {
-            if (m_isStopping || !Packer::isWorthwhile(folder)) {
+        const bool hasDropped = project->emptyTrash(kTrashKeptSeconds);
+        project->remeasure();
+        m_packer.start([this, tracked, folder, hasDropped] {
+            const bool isWhole = hasDropped || Packer::hasManyPacks(folder);
+            if (m_isStopping || (!isWhole && !Packer::isWorthwhile(folder))) {
                 return;
             }
-            if (const auto packed = Packer::packLoose(folder); !packed) {
-                Log::warning(packed.error().message);
-            }
-            later([this, tracked] {
-                Log::info(QStringLiteral("Packed the history of %1").arg(tracked->known.path));
-                tracked->writing->post([project = tracked->project] { project->remeasure(); });
-                m_idle.start();
-            });
+            isWhole ? repack(tracked, folder) : packLoose(tracked, folder);
         });
     });
 }
 
+void Projects::packLoose(const TrackedPtr &tracked, const QString &folder)
+{
+    if (const auto packed = Packer::packLoose(folder); !packed) {
+        Log::warning(packed.error().message);
+    }
+    later([this, tracked] { packed(tracked); });
+}
+
+void Projects::repack(const TrackedPtr &tracked, const QString &folder)
+{
+    const auto repacked = Packer::repack(folder);
+    if (!repacked) {
+        Log::warning(repacked.error().message);
+        return;
+    }
+    later([this, tracked, repacked = *repacked] {
+        tracked->writing->post([this, tracked, project = tracked->project, repacked] {
+            if (project->removeReplaced(repacked)) {
+                later([this, tracked] { packed(tracked); });
+            } else {
+                later([tracked] { tracked->mayBePacked = true; }); // once more, later
+            }
+        });
+    });
+}
+
+void Projects::packed(const TrackedPtr &tracked)
+{
+    Log::info(QStringLiteral("Packed the history of %1").arg(tracked->known.path));
+    tracked->writing->post([project = tracked->project] { project->remeasure(); });
+    tracked->isAwake = true;
+    m_idle.start();
+}
+
 void Projects::idle()
+{
+    for (const TrackedPtr &tracked : std::as_const(m_tracked)) {
+        if (std::exchange(tracked->isAwake, false)) {
+            tracked->writing->post([project = tracked->project] { project->rest(); });
+            tracked->reading->post([reader = tracked->reader] { reader->rest(); });
+        }
+    }
+    m_trim.start();
+}
+
+void Projects::trim()
 {
 #ifdef __GLIBC__
     // A large set leaves holes behind that the allocator would keep.

@@ -108,8 +108,12 @@ private:
     void save();
     void busy();
     void idle();
+    void trim();
     void tidy();
     void pack(const TrackedPtr &tracked);
+    void packLoose(const TrackedPtr &tracked, const QString &folder);
+    void repack(const TrackedPtr &tracked, const QString &folder);
+    void packed(const TrackedPtr &tracked);
     bool isBelowWatchPath(const QString &path) const;
     /// Runs on the main thread, unless this is being destroyed.
     void later(std::function<void()> job);
@@ -133,7 +137,9 @@ private:
     QHash<QString, QString> m_troubles; ///< set path → what the user was told about it last
     QHash<QString, int> m_retryMs;      ///< set path → wait before the next attempt
     QTimer m_idle;
+    QTimer m_trim; ///< memory goes back to the system when everybody rests
     QTimer m_tidy; ///< packing begins when this has been left alone
+    QTimer m_daily;
     QTimer m_missing;
 };
 

@@ -84,27 +84,6 @@ Json json(const MergePlanChangeDTO &change)
     return object;
 }
 
-Json json(const SongGraphNode &node)
-{
-    Json parents = Json::array();
-    for (const QString &parent : node.parents) {
-        parents.push_back(json(parent));
-    }
-    Json object{{"id", json(node.id)},
-                {"short", json(node.short_)},
-                {"message", json(node.message)},
-                {"timestamp", node.timestamp},
-                {"parents", std::move(parents)},
-                {"lane", node.lane},
-                {"variation", json(node.variation)}};
-    if (node.version) {
-        object["version"] = json(*node.version);
-    }
-    object["is_merge"] = node.isMerge;
-    object["is_tip"] = node.isTip;
-    return object;
-}
-
 template <typename T>
 Json json(const QList<T> &values);
 
@@ -230,15 +209,6 @@ Json json(const Reply::Tags &value)
     return object;
 }
 
-Json json(const SongGraph &value)
-{
-    Json object = reply("song_graph");
-    object["nodes"] = json(value.nodes);
-    object["lanes"] = json(value.lanes);
-    object["current"] = json(value.current);
-    return object;
-}
-
 Json json(const Reply::Versions &value)
 {
     Json object = reply("versions");
@@ -339,6 +309,11 @@ Json json(const Reply::Ok &)
     return reply("ok");
 }
 
+Json json(const SongGraph &) // encode() is for these
+{
+    return {};
+}
+
 Json json(const Event::SaveDetected &event)
 {
     Json object{{"event", "save_detected"}, {"repo", json(event.repo)}};
@@ -365,10 +340,89 @@ QByteArray compact(const Json &object)
     return QByteArray::fromStdString(object.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
+void appendText(QByteArray &line, const QString &text)
+{
+    constexpr const char *kDigits = "0123456789abcdef";
+    line += '"';
+    for (const char c : text.toUtf8()) {
+        if (static_cast<unsigned char>(c) < 0x20) {
+            line += "\\u00";
+            line += kDigits[c >> 4];
+            line += kDigits[c & 15];
+            continue;
+        }
+        if (c == '"' || c == '\\') {
+            line += '\\';
+        }
+        line += c;
+    }
+    line += '"';
+}
+
+/// In place of the comma after the last element.
+void closeList(QByteArray &line)
+{
+    if (line.endsWith(',')) {
+        line.chop(1);
+    }
+    line += ']';
+}
+
+void appendTexts(QByteArray &line, const QStringList &texts)
+{
+    line += '[';
+    for (const QString &text : texts) {
+        appendText(line, text);
+        line += ',';
+    }
+    closeList(line);
+}
+
+void append(QByteArray &line, const SongGraphNode &node)
+{
+    line += R"({"id":)";
+    appendText(line, node.id);
+    line += R"(,"short":)";
+    appendText(line, node.short_);
+    line += R"(,"message":)";
+    appendText(line, node.message);
+    line += R"(,"timestamp":)" + QByteArray::number(node.timestamp) + R"(,"parents":)";
+    appendTexts(line, node.parents);
+    line += R"(,"lane":)" + QByteArray::number(node.lane) + R"(,"variation":)";
+    appendText(line, node.variation);
+    if (node.version) {
+        line += R"(,"version":)";
+        appendText(line, *node.version);
+    }
+    line += node.isMerge ? R"(,"is_merge":true)" : R"(,"is_merge":false)";
+    line += node.isTip ? R"(,"is_tip":true})" : R"(,"is_tip":false})";
+}
+
+/// Thousands of nodes: without a tree of values in between.
+QByteArray encode(const SongGraph &graph)
+{
+    constexpr qsizetype kUsualNode = 256;
+    QByteArray line = R"({"type":"song_graph","nodes":[)";
+    line.reserve(line.size() + kUsualNode * (graph.nodes.size() + 1));
+    for (const SongGraphNode &node : graph.nodes) {
+        append(line, node);
+        line += ',';
+    }
+    closeList(line);
+    line += R"(,"lanes":)";
+    appendTexts(line, graph.lanes);
+    line += R"(,"current":)";
+    appendText(line, graph.current);
+    return line + '}';
+}
+
 } // namespace
 
 QByteArray encodeReply(const IPCResponse &reply)
 {
+    if (const auto *graph = std::get_if<SongGraph>(&reply)) {
+        return encode(*graph);
+    }
     return compact(std::visit([](const auto &value) { return json(value); }, reply));
 }
 

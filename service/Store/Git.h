@@ -25,7 +25,6 @@ using GitOdbObject = std::unique_ptr<git_odb_object, GitDeleter<git_odb_object_f
 using GitReference = std::unique_ptr<git_reference, GitDeleter<git_reference_free>>;
 using GitReferenceIterator =
     std::unique_ptr<git_reference_iterator, GitDeleter<git_reference_iterator_free>>;
-using GitCommit = std::unique_ptr<git_commit, GitDeleter<git_commit_free>>;
 using GitTag = std::unique_ptr<git_tag, GitDeleter<git_tag_free>>;
 using GitTree = std::unique_ptr<git_tree, GitDeleter<git_tree_free>>;
 using GitConfig = std::unique_ptr<git_config, GitDeleter<git_config_free>>;

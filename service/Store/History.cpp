@@ -9,7 +9,6 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
-#include <QMap>
 #include <QSet>
 
 #include <algorithm>
@@ -74,28 +73,65 @@ std::optional<Container> readContainer(QByteArrayView text)
     return Container{QByteArray::fromHex(lines[0].sliced(5)), lines[1].sliced(13).toInt()};
 }
 
-/// A commit or tag message of ours: a text, and trailers after an empty line.
-struct Message {
-    QString text;
-    QByteArray fileHash;
-    std::optional<ObjectId> restores;
-};
-
-Message readMessage(const char *raw)
+QByteArrayView view(const GitOdbObject &object)
 {
-    const QByteArrayView whole(raw);
-    Message message;
-    const auto end = whole.indexOf("\n\n");
-    message.text = QString::fromUtf8(end < 0 ? whole : whole.first(end)).trimmed();
-    for (const QByteArray &line : whole.toByteArray().split('\n')) {
-        if (line.startsWith(kHashTrailer)) {
-            message.fileHash = line.sliced(kHashTrailer.size());
-        } else if (line.startsWith(kRestoresTrailer)) {
-            message.restores =
-                ObjectId::fromHex(QString::fromLatin1(line.sliced(kRestoresTrailer.size())));
+    return {static_cast<const char *>(git_odb_object_data(object.get())),
+            static_cast<qsizetype>(git_odb_object_size(object.get()))};
+}
+
+/// What stands before the next line feed, which is taken off `text` with it.
+QByteArrayView takeLine(QByteArrayView &text)
+{
+    const auto end = text.indexOf('\n');
+    const QByteArrayView line = end < 0 ? text : text.first(end);
+    text = end < 0 ? QByteArrayView() : text.sliced(end + 1);
+    return line;
+}
+
+std::optional<ObjectId> idAfter(QByteArrayView line, QByteArrayView key)
+{
+    return line.startsWith(key) ? ObjectId::fromHex(line.sliced(key.size())) : std::nullopt;
+}
+
+/// Reads a commit object: headers, an empty line, a text, and our trailers after an empty line. By
+/// hand, because a graph of thousands of saves reads each of them.
+std::optional<CommitInfo> readCommit(const ObjectId &id, QByteArrayView raw)
+{
+    CommitInfo info{.id = id};
+    bool hasTree = false;
+    for (QByteArrayView line = takeLine(raw); !line.isEmpty(); line = takeLine(raw)) {
+        if (const auto tree = idAfter(line, "tree ")) {
+            info.tree = *tree;
+            hasTree = true;
+        } else if (const auto parent = idAfter(line, "parent ")) {
+            info.parents.append(*parent);
+        } else if (line.startsWith("committer ")) {
+            const QByteArrayView time = line.sliced(line.lastIndexOf('>') + 1).trimmed();
+            info.time = time.first(std::max<qsizetype>(time.indexOf(' '), 0)).toLongLong();
         }
     }
-    return message;
+    const auto end = raw.indexOf("\n\n");
+    info.message = QString::fromUtf8(end < 0 ? raw : raw.first(end)).trimmed();
+    while (!raw.isEmpty()) {
+        const QByteArrayView line = takeLine(raw);
+        if (line.startsWith(kHashTrailer)) {
+            info.fileHash = line.sliced(kHashTrailer.size()).toByteArray();
+        } else if (const auto restores = idAfter(line, kRestoresTrailer)) {
+            info.restores = restores;
+        }
+    }
+    return hasTree ? std::optional(std::move(info)) : std::nullopt;
+}
+
+/// libgit2 looks for forged collisions while it hashes, which takes several times as long.
+ObjectId blobId(const QByteArray &content)
+{
+    QCryptographicHash hash(QCryptographicHash::Sha1);
+    hash.addData(loosePrefix(content.size()));
+    hash.addData(content);
+    ObjectId id;
+    std::ranges::copy(hash.result(), id.bytes.begin());
+    return id;
 }
 
 QByteArray signature(qint64 time)
@@ -139,20 +175,28 @@ nlohmann::ordered_json albumJson(const AlbumRecord &album)
     return json;
 }
 
-std::optional<AlbumRecord> readAlbum(const char *message)
+/// From the commit that holds it.
+std::optional<AlbumRecord> readAlbum(QByteArrayView commit)
 {
-    const auto json = nlohmann::ordered_json::parse(message, nullptr, false);
+    const auto message = commit.sliced(std::max<qsizetype>(commit.indexOf("\n\n"), 0));
+    const auto json = nlohmann::ordered_json::parse(message.begin(), message.end(), nullptr, false);
     const auto text = [](const nlohmann::ordered_json &object, const char *key) {
-        return QString::fromStdString(object.value(key, std::string()));
+        const auto found = object.find(key);
+        return found != object.end() && found->is_string()
+                   ? QString::fromStdString(found->get_ref<const std::string &>())
+                   : QString();
     };
-    if (!json.is_object() || !json.contains("songs") || !json["songs"].is_array()) {
+    const auto songs = json.find("songs");
+    const auto created = json.find("created");
+    if (songs == json.end() || !songs->is_array() || created == json.end() ||
+        !created->is_number_integer()) {
         return std::nullopt;
     }
-    AlbumRecord album{text(json, "name"), json.value("created", qint64(0)), std::nullopt, {}};
+    AlbumRecord album{text(json, "name"), created->get<qint64>(), std::nullopt, {}};
     if (json.contains("note")) {
         album.note = text(json, "note");
     }
-    for (const auto &song : json["songs"]) {
+    for (const auto &song : *songs) {
         const auto commit = ObjectId::fromHex(text(song, "commit"));
         if (!commit) {
             return std::nullopt;
@@ -184,14 +228,40 @@ SetImage readImage(QByteArray bytes)
 
 struct History::Private {
     QString folder;
-    GitRepository repository;
-    GitOdb odb;
+    GitRepository opened; ///< when it is not resting
+    GitOdb objects;
+
+    Outcome<void> open()
+    {
+        git_repository *handle = nullptr;
+        if (git_repository_open_bare(&handle, QFile::encodeName(folder).constData()) != 0) {
+            return gitFailure(kNotRead);
+        }
+        opened.reset(handle);
+        git_odb *database = nullptr;
+        if (git_repository_odb(&database, handle) != 0) {
+            return gitFailure(kNotRead);
+        }
+        objects.reset(database);
+        return {};
+    }
+
+    void close()
+    {
+        objects.reset();
+        opened.reset();
+    }
+
+    /// Null where it cannot be opened any more, which libgit2 answers with an error.
+    git_repository *repository() { return opened || open() ? opened.get() : nullptr; }
+
+    git_odb *odb() { return objects || open() ? objects.get() : nullptr; }
 
     Outcome<ObjectId> writeObject(QByteArrayView content, git_object_t type)
     {
         git_oid oid;
-        if (git_odb_write(&oid, odb.get(), content.data(), static_cast<size_t>(content.size()),
-                          type) != 0) {
+        if (git_odb_write(&oid, odb(), content.data(), static_cast<size_t>(content.size()), type) !=
+            0) {
             return gitFailure(kNotWritten);
         }
         return fromGit(oid);
@@ -203,23 +273,19 @@ struct History::Private {
         if (!image.exact->isGzip()) {
             return writeObject(xml, GIT_OBJECT_BLOB);
         }
-        git_oid oid;
-        if (git_odb_hash(&oid, xml.constData(), static_cast<size_t>(xml.size()), GIT_OBJECT_BLOB) !=
-            0) {
-            return gitFailure(kNotWritten);
-        }
-        if (git_odb_exists(odb.get(), &oid) == 0) {
+        const ObjectId id = blobId(xml);
+        const git_oid oid = toGit(id);
+        if (git_odb_exists(odb(), &oid) == 0) {
             constexpr qsizetype kTrailer = 8; // checksum and size
             const auto header = image.exact->gzipHeader.size();
             const auto deflated = QByteArrayView(image.bytes).sliced(header).chopped(kTrailer);
-            const ObjectId id = fromGit(oid);
             const auto written =
                 writeLooseBlob(folder + QStringLiteral("/objects"), id.hex(), xml, deflated);
             if (!written) {
                 return tl::unexpected(written.error());
             }
         }
-        return fromGit(oid);
+        return id;
     }
 
     Outcome<ObjectId> writeTree(const QList<std::pair<QByteArray, ObjectId>> &entries)
@@ -232,40 +298,36 @@ struct History::Private {
         return writeObject(tree, GIT_OBJECT_TREE);
     }
 
-    Outcome<QByteArray> blob(const git_tree *tree, const char *entry) const
+    Outcome<GitOdbObject> read(const ObjectId &id, git_object_t type)
+    {
+        const git_oid oid = toGit(id);
+        git_odb_object *raw = nullptr;
+        if (git_odb_read(&raw, odb(), &oid) != 0) {
+            return gitFailure(kNotRead);
+        }
+        GitOdbObject object(raw);
+        if (git_odb_object_type(raw) != type) {
+            return failure(kNotRead);
+        }
+        return object;
+    }
+
+    Outcome<QByteArray> blob(const git_tree *tree, const char *entry)
     {
         const git_tree_entry *found = git_tree_entry_byname(tree, entry);
         if (!found) {
             return failure(
                 QStringLiteral("A save in the history has no “%1”.").arg(QLatin1String(entry)));
         }
-        git_odb_object *raw = nullptr;
-        if (git_odb_read(&raw, odb.get(), git_tree_entry_id(found)) != 0) {
-            return gitFailure(kNotRead);
-        }
-        const GitOdbObject object(raw);
-        return QByteArray(static_cast<const char *>(git_odb_object_data(raw)),
-                          static_cast<qsizetype>(git_odb_object_size(raw)));
+        return read(fromGit(*git_tree_entry_id(found)), GIT_OBJECT_BLOB)
+            .map([](const GitOdbObject &object) { return view(object).toByteArray(); });
     }
 
-    Outcome<GitCommit> lookUp(const ObjectId &id) const
+    Outcome<GitTree> treeOf(const CommitInfo &commit)
     {
-        const git_oid oid = toGit(id);
-        git_commit *commit = nullptr;
-        if (git_commit_lookup(&commit, repository.get(), &oid) != 0) {
-            return gitFailure(kNotRead);
-        }
-        return GitCommit(commit);
-    }
-
-    Outcome<GitTree> treeOf(const ObjectId &commit) const
-    {
-        const auto found = lookUp(commit);
-        if (!found) {
-            return tl::unexpected(found.error());
-        }
+        const git_oid oid = toGit(commit.tree);
         git_tree *tree = nullptr;
-        if (git_commit_tree(&tree, found->get()) != 0) {
+        if (git_tree_lookup(&tree, repository(), &oid) != 0) {
             return gitFailure(kNotRead);
         }
         return GitTree(tree);
@@ -276,7 +338,7 @@ struct History::Private {
         const git_oid oid = toGit(target);
         git_reference *raw = nullptr;
         const int status =
-            git_reference_create(&raw, repository.get(), name.constData(), &oid, 1, nullptr);
+            git_reference_create(&raw, repository(), name.constData(), &oid, 1, nullptr);
         const GitReference reference(raw);
         if (status != 0) {
             return gitFailure(kNotWritten);
@@ -286,31 +348,35 @@ struct History::Private {
 
     Outcome<void> removeRef(const QByteArray &name)
     {
-        if (git_reference_remove(repository.get(), name.constData()) != 0) {
+        if (git_reference_remove(repository(), name.constData()) != 0) {
             return gitFailure(kNotWritten);
         }
         return {};
     }
 
     /// Direct references below `prefix`, by what follows it.
-    QMap<QByteArray, ObjectId> refs(const QByteArray &prefix) const
+    References refs(const QByteArray &prefix) { return readRefs(prefix).value_or(References()); }
+
+    Outcome<References> readRefs(const QByteArray &prefix)
     {
-        QMap<QByteArray, ObjectId> found;
+        References found;
         git_reference_iterator *raw = nullptr;
         const QByteArray glob = prefix + '*';
-        if (git_reference_iterator_glob_new(&raw, repository.get(), glob.constData()) != 0) {
-            return found;
+        if (git_reference_iterator_glob_new(&raw, repository(), glob.constData()) != 0) {
+            return gitFailure(kNotRead);
         }
         const GitReferenceIterator iterator(raw);
         git_reference *next = nullptr;
-        while (git_reference_next(&next, iterator.get()) == 0) {
+        int status = 0;
+        while ((status = git_reference_next(&next, iterator.get())) == 0) {
             const GitReference reference(next);
             if (const git_oid *target = git_reference_target(next)) {
                 const QByteArray name(git_reference_name(next));
                 found.insert(name.sliced(prefix.size()), fromGit(*target));
             }
         }
-        return found;
+        return status == GIT_ITEROVER ? Outcome<References>(std::move(found))
+                                      : gitFailure(kNotRead);
     }
 
     Outcome<void> moveRefs(const QByteArray &from, const QByteArray &to)
@@ -340,17 +406,15 @@ Outcome<History> History::open(const QString &gitFolder)
     startGit();
     auto d = std::make_unique<Private>();
     d->folder = gitFolder;
-    git_repository *repository = nullptr;
-    if (git_repository_open_bare(&repository, QFile::encodeName(gitFolder).constData()) != 0) {
-        return gitFailure(kNotRead);
+    if (const auto opened = d->open(); !opened) {
+        return tl::unexpected(opened.error());
     }
-    d->repository.reset(repository);
-    git_odb *odb = nullptr;
-    if (git_repository_odb(&odb, repository) != 0) {
-        return gitFailure(kNotRead);
-    }
-    d->odb.reset(odb);
     return History(std::move(d));
+}
+
+void History::rest()
+{
+    d->close();
 }
 
 Outcome<History> History::openForReading(const QString &gitFolder)
@@ -415,44 +479,27 @@ Outcome<ObjectId> History::commit(const CommitDraft &draft)
 
 Outcome<CommitInfo> History::commitInfo(const ObjectId &id) const
 {
-    const auto commit = d->lookUp(id);
-    if (!commit) {
-        return tl::unexpected(commit.error());
-    }
-    const git_commit *raw = commit->get();
-    Message message = readMessage(git_commit_message_raw(raw));
-    CommitInfo info{id,
-                    fromGit(*git_commit_tree_id(raw)),
-                    {},
-                    git_commit_time(raw),
-                    std::move(message.text),
-                    std::move(message.fileHash),
-                    message.restores};
-    for (unsigned i = 0; i < git_commit_parentcount(raw); ++i) {
-        info.parents.append(fromGit(*git_commit_parent_id(raw, i)));
-    }
-    return info;
+    return d->read(id, GIT_OBJECT_COMMIT).and_then([&](const GitOdbObject &object) {
+        auto info = readCommit(id, view(object));
+        return info ? Outcome<CommitInfo>(std::move(*info)) : failure(kNotRead);
+    });
 }
 
 bool History::hasObject(const ObjectId &id) const
 {
     const git_oid oid = toGit(id);
-    return git_odb_exists(d->odb.get(), &oid) != 0;
+    return git_odb_exists(d->odb(), &oid) != 0;
 }
 
 bool History::holds(const SetImage &image) const
 {
-    const QByteArray &content = image.exact ? image.set->xml : image.bytes;
-    git_oid oid;
-    return git_odb_hash(&oid, content.constData(), static_cast<size_t>(content.size()),
-                        GIT_OBJECT_BLOB) == 0 &&
-           git_odb_exists(d->odb.get(), &oid) != 0;
+    return hasObject(blobId(image.exact ? image.set->xml : image.bytes));
 }
 
 Outcome<RebuiltSet> History::rebuild(const ObjectId &id) const
 {
-    const auto commit = d->lookUp(id);
-    const auto tree = commit ? d->treeOf(id) : tl::unexpected(commit.error());
+    const auto commit = commitInfo(id);
+    const auto tree = commit ? d->treeOf(*commit) : tl::unexpected(commit.error());
     if (!tree) {
         return tl::unexpected(tree.error());
     }
@@ -471,14 +518,14 @@ Outcome<RebuiltSet> History::rebuild(const ObjectId &id) const
     }
     return bytes.map([&](QByteArray &file) {
         const QByteArray hash = QCryptographicHash::hash(file, QCryptographicHash::Sha256).toHex();
-        const bool isExact = hash == readMessage(git_commit_message_raw(commit->get())).fileHash;
-        return RebuiltSet{std::move(file), isExact};
+        return RebuiltSet{std::move(file), hash == commit->fileHash};
     });
 }
 
-Outcome<QByteArray> History::xml(const ObjectId &commit) const
+Outcome<QByteArray> History::xml(const ObjectId &id) const
 {
-    const auto tree = d->treeOf(commit);
+    const auto commit = commitInfo(id);
+    const auto tree = commit ? d->treeOf(*commit) : tl::unexpected(commit.error());
     if (!tree) {
         return tl::unexpected(tree.error());
     }
@@ -524,7 +571,7 @@ QList<History::SongVersions> History::versions() const
         const QByteArray file = it.key().first(it.key().indexOf('/'));
         const git_oid oid = toGit(it.value());
         git_tag *raw = nullptr;
-        if (git_tag_lookup(&raw, d->repository.get(), &oid) != 0) {
+        if (git_tag_lookup(&raw, d->repository(), &oid) != 0) {
             continue; // a foreign tag
         }
         const GitTag tag(raw);
@@ -558,10 +605,10 @@ QList<AlbumRecord> History::albums() const
 {
     QList<AlbumRecord> found;
     for (const ObjectId &id : d->refs(kAlbums)) {
-        if (const auto commit = d->lookUp(id)) {
-            if (auto album = readAlbum(git_commit_message_raw(commit->get()))) {
-                found.append(std::move(*album));
-            }
+        const auto commit = d->read(id, GIT_OBJECT_COMMIT);
+        auto album = commit ? readAlbum(view(*commit)) : std::nullopt;
+        if (album) {
+            found.append(std::move(*album));
         }
     }
     return found;
@@ -654,15 +701,34 @@ QList<History::Head> History::trashedHeads(const QString &trashId) const
     return found;
 }
 
+Outcome<History::References> History::references() const
+{
+    auto found = d->readRefs(QByteArrayLiteral("refs/"));
+    // libgit2 passes over a damaged one, and what it leads to would count as superfluous.
+    QDirIterator files(d->folder + QStringLiteral("/refs"), QDir::Files | QDir::Hidden,
+                       QDirIterator::Subdirectories);
+    while (found && files.hasNext()) {
+        const QByteArray name =
+            QFile::encodeName(files.next().sliced(d->folder.size() + 1)); // "refs/…"
+        if (!name.endsWith(".lock") && !found->contains(name.sliced(5))) {
+            return failure(kNotRead + QStringLiteral(": “%1” is damaged").arg(files.fileName()));
+        }
+    }
+    return found;
+}
+
 Outcome<QList<History::Tip>> History::everyTip() const
 {
     QList<Tip> tips;
-    const auto refs = d->refs(QByteArrayLiteral("refs/"));
-    for (auto it = refs.begin(); it != refs.end(); ++it) {
+    const auto refs = references();
+    if (!refs) {
+        return tl::unexpected(refs.error());
+    }
+    for (auto it = refs->begin(); it != refs->end(); ++it) {
         git_object *object = nullptr;
         git_object *commit = nullptr;
         const git_oid oid = toGit(it.value());
-        if (git_object_lookup(&object, d->repository.get(), &oid, GIT_OBJECT_ANY) != 0) {
+        if (git_object_lookup(&object, d->repository(), &oid, GIT_OBJECT_ANY) != 0) {
             return gitFailure(kNotRead);
         }
         const int status = git_object_peel(&commit, object, GIT_OBJECT_COMMIT);

@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QMap>
 #include <QString>
 
 #include <memory>
@@ -89,6 +90,11 @@ public:
     /// Opens it and changes nothing.
     static Outcome<History> openForReading(const QString &gitFolder);
 
+    /// Lets go of everything that can be opened again, which the next call does. Needed after
+    /// objects were removed: else it believes that it still has them, and does not write them
+    /// again.
+    void rest();
+
     History(History &&) noexcept;
     History &operator=(History &&) noexcept;
     ~History();
@@ -135,6 +141,10 @@ public:
     Outcome<void> dropTrash(const QString &trashId);
     /// The saves that the references under `trashId` lead to.
     QList<Head> trashedHeads(const QString &trashId) const;
+
+    /// Every reference by its name, with what it points at.
+    using References = QMap<QByteArray, ObjectId>;
+    Outcome<References> references() const;
 
     /// Where a reference leads, and the objects on the way.
     struct Tip {

@@ -42,11 +42,15 @@ quint32 adler(quint32 before, QByteArrayView bytes)
 
 } // namespace
 
+QByteArray loosePrefix(qsizetype size)
+{
+    return "blob " + QByteArray::number(size) + '\0';
+}
+
 Outcome<void> writeLooseBlob(const QString &objectsFolder, const QString &name,
                              QByteArrayView content, QByteArrayView deflated)
 {
-    QByteArray header = "blob " + QByteArray::number(content.size());
-    header.append('\0');
+    const QByteArray header = loosePrefix(content.size());
     QByteArray file = storedBlock(header);
     file.reserve(file.size() + deflated.size() + 4);
     file += deflated;

@@ -1,21 +1,30 @@
 #include "Store/ObjectId.h"
 
-#include <algorithm>
+#include <string_view>
 
 namespace ostra {
 
-std::optional<ObjectId> ObjectId::fromHex(QStringView hex)
+std::optional<ObjectId> ObjectId::fromHex(QByteArrayView hex)
 {
-    const bool isHex = hex.size() == 40 && std::ranges::all_of(hex, [](QChar c) {
-                           return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f');
-                       });
-    if (!isHex) {
+    constexpr std::string_view kDigits("0123456789abcdef");
+    ObjectId id;
+    if (hex.size() != 2 * static_cast<qsizetype>(id.bytes.size())) {
         return std::nullopt;
     }
-    const QByteArray raw = QByteArray::fromHex(hex.toLatin1());
-    ObjectId id;
-    std::copy(raw.begin(), raw.end(), id.bytes.begin());
+    for (size_t i = 0; i < id.bytes.size(); ++i) {
+        const auto high = kDigits.find(hex[2 * static_cast<qsizetype>(i)]);
+        const auto low = kDigits.find(hex[2 * static_cast<qsizetype>(i) + 1]);
+        if (high == kDigits.npos || low == kDigits.npos) {
+            return std::nullopt;
+        }
+        id.bytes[i] = static_cast<unsigned char>(high * 16 + low);
+    }
     return id;
+}
+
+std::optional<ObjectId> ObjectId::fromHex(QStringView hex)
+{
+    return fromHex(QByteArrayView(hex.toLatin1())); // what is no Latin-1 becomes "?"
 }
 
 QString ObjectId::hex() const

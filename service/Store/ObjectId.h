@@ -13,6 +13,7 @@ namespace ostra {
 struct ObjectId {
     std::array<unsigned char, 20> bytes{};
 
+    static std::optional<ObjectId> fromHex(QByteArrayView hex);
     static std::optional<ObjectId> fromHex(QStringView hex);
     QString hex() const;
     QString shortHex() const { return hex().first(7); }

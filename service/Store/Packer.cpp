@@ -162,9 +162,6 @@ bool isWorthwhile(const QString &gitFolder)
 
 Outcome<void> packLoose(const QString &gitFolder)
 {
-    if (packFiles(gitFolder).size() > kMostPacks) {
-        return repack(gitFolder);
-    }
     const auto loose = looseObjects(gitFolder); // what is written from now on is not touched
     const auto history = History::openForReading(gitFolder);
     const auto repository = openRepository(gitFolder);
@@ -190,19 +187,31 @@ Outcome<void> packLoose(const QString &gitFolder)
     return {};
 }
 
-Outcome<void> repack(const QString &gitFolder)
+bool hasManyPacks(const QString &gitFolder)
 {
-    const auto loose = looseObjects(gitFolder);
+    return packFiles(gitFolder).size() > kMostPacks;
+}
+
+Outcome<Repacked> repack(const QString &gitFolder)
+{
+    Repacked repacked;
+    repacked.folder = gitFolder;
+    for (const LooseObject &object : looseObjects(gitFolder)) {
+        repacked.replaced << object.path;
+    }
     const QStringList packs = packFiles(gitFolder);
     const auto history = History::openForReading(gitFolder);
     const auto repository = openRepository(gitFolder);
     if (!history || !repository) {
         return tl::unexpected(history ? repository.error() : history.error());
     }
-    const auto objects = namedObjects(*history, repository->get());
+    auto references = history->references();
+    const auto objects =
+        references ? namedObjects(*history, repository->get()) : tl::unexpected(references.error());
     if (!objects) {
         return tl::unexpected(objects.error());
     }
+    repacked.references = std::move(*references);
     QString kept;
     if (!objects->isEmpty()) {
         const auto pack = writePack(repository->get(), *objects);
@@ -212,16 +221,27 @@ Outcome<void> repack(const QString &gitFolder)
         kept = *pack;
     }
     syncFolder(gitFolder + QLatin1String("/objects/pack"));
-    removeLoose(loose);
     for (const QString &path : packs) {
         if (kept.isEmpty() || !path.contains(kept)) {
             // The index goes first: a pack without one is nothing, an index without a pack is an
             // error.
-            QFile::remove(path.chopped(5) + QLatin1String(".idx"));
-            QFile::remove(path);
+            repacked.replaced << path.chopped(5) + QLatin1String(".idx") << path;
         }
     }
-    return {};
+    return repacked;
+}
+
+bool removeReplaced(const Repacked &repacked)
+{
+    const auto history = History::openForReading(repacked.folder);
+    const auto references = history ? history->references() : tl::unexpected(history.error());
+    if (!references || *references != repacked.references) {
+        return false;
+    }
+    for (const QString &path : repacked.replaced) {
+        QFile::remove(path);
+    }
+    return true;
 }
 
 } // namespace ostra::Packer

@@ -34,8 +34,11 @@ Json write(const ProjectFile &project)
     for (const SongEntry &song : project.songs) {
         json["songs"].push_back({{"file", text(song.file)},
                                  {"current", text(song.current)},
-                                 {"variations", toJson(song.variations)}});
+                                 {"variations", toJson(song.variations)},
+                                 {"versions", toJson(song.versions)}});
     }
+    json["albums"] = toJson(project.albums);
+    json["trash_looked_at"] = project.trashLookedAt;
     for (const TrashEntry &entry : project.trash) {
         Json item{{"id", text(entry.id)},
                   {"deleted_at", entry.deletedAt},
@@ -46,6 +49,7 @@ Json write(const ProjectFile &project)
             item["variation"] = text(*entry.variation);
         }
         item["done"] = entry.done;
+        item["kept_seconds"] = entry.keptSeconds;
         json["trash"].push_back(std::move(item));
     }
     for (const PendingRewrite &rewrite : project.rewrites) {
@@ -69,9 +73,11 @@ ProjectFile read(const Json &json)
     project.name = readText(json, "name");
     project.createdAt = readNumber(json, "created_at");
     forEachObject(json, "songs", [&](const Json &song) {
-        project.songs.append(
-            {readText(song, "file"), readText(song, "current"), readTexts(song, "variations")});
+        project.songs.append({readText(song, "file"), readText(song, "current"),
+                              readTexts(song, "variations"), readTexts(song, "versions")});
     });
+    project.albums = readTexts(json, "albums");
+    project.trashLookedAt = readNumber(json, "trash_looked_at");
     forEachObject(json, "trash", [&](const Json &item) {
         TrashEntry entry{readText(item, "id"),
                          readNumber(item, "deleted_at"),
@@ -83,7 +89,8 @@ ProjectFile read(const Json &json)
         if (item.contains("variation")) {
             entry.variation = readText(item, "variation");
         }
-        entry.done = item.value("done", true);
+        entry.done = item.value("done", Json(true)) != Json(false);
+        entry.keptSeconds = readNumber(item, "kept_seconds");
         project.trash.append(std::move(entry));
     });
     forEachObject(json, "rewrites", [&](const Json &item) {

@@ -16,6 +16,7 @@ struct SongEntry {
     QString file;
     QString current;        ///< the variation that the file on disk belongs to
     QStringList variations; ///< in the order of their making
+    QStringList versions;   ///< in the order of their making, which clocks may not tell
     bool operator==(const SongEntry &) const = default;
 };
 
@@ -28,6 +29,7 @@ struct TrashEntry {
     QStringList variations;
     std::optional<QString> variation; ///< set when one variation was deleted, not the song
     bool done = false;                ///< the references have been moved
+    qint64 keptSeconds = 0;           ///< how long it has been here, whatever the clock says
     bool operator==(const TrashEntry &) const = default;
 };
 
@@ -56,7 +58,9 @@ struct ProjectFile {
     QString name;
     qint64 createdAt = 0;
     QList<SongEntry> songs;
+    QStringList albums; ///< album versions in the order of their making
     QList<TrashEntry> trash;
+    qint64 trashLookedAt = 0; ///< when the trash was looked through last
     QList<PendingRewrite> rewrites;
     std::optional<PendingRename> rename;
     bool operator==(const ProjectFile &) const = default;

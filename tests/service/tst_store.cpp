@@ -36,6 +36,10 @@ private slots:
     void keepingTheSameSetTwiceCostsNothing();
     void packingKeepsEverySaveAndShrinks();
     void repackingDropsWhatNothingLeadsTo();
+    void whatWasDroppedIsWrittenAgain();
+    void repackingRemovesNothingWhenTheReferencesHaveChanged();
+    void damagedReferenceStopsRepacking();
+    void albumsOfStrangersAreNotTrusted();
     void interruptedPackingIsCleanedUp();
     void projectFileIsReadAsWritten();
     void damagedProjectFileIsAbsent();
@@ -225,9 +229,61 @@ void TestStore::repackingDropsWhatNothingLeadsTo()
     const ObjectId kept = record(history, SetFactory::set(2)); // moves the only reference
     QVERIFY(Packer::packLoose(m_git));
     QVERIFY(open().hasObject(lost));
-    QVERIFY(Packer::repack(m_git));
+    const auto repacked = Packer::repack(m_git);
+    QVERIFY(repacked && Packer::removeReplaced(*repacked));
     QVERIFY(!open().hasObject(lost));
     QVERIFY(open().rebuild(kept)->isExact);
+}
+
+void TestStore::whatWasDroppedIsWrittenAgain()
+{
+    auto history = open();
+    record(history, SetFactory::set(1));
+    record(history, SetFactory::set(2)); // moves the only reference
+    QVERIFY(Packer::packLoose(m_git));
+    QVERIFY(history.holds(readImage(SetFactory::set(1)))); // seen in the pack that goes now
+    const auto repacked = Packer::repack(m_git);
+    QVERIFY(repacked && Packer::removeReplaced(*repacked));
+    history.rest();
+    const ObjectId again = record(history, SetFactory::set(1));
+    QVERIFY(open().rebuild(again)->isExact);
+}
+
+void TestStore::repackingRemovesNothingWhenTheReferencesHaveChanged()
+{
+    auto history = open();
+    record(history, SetFactory::set(1));
+    const auto repacked = Packer::repack(m_git);
+    QVERIFY(repacked);
+    const ObjectId meanwhile = record(history, SetFactory::set(2));
+    QVERIFY(!Packer::removeReplaced(*repacked));
+    QVERIFY(open().rebuild(meanwhile)->isExact);
+}
+
+void TestStore::damagedReferenceStopsRepacking()
+{
+    auto history = open();
+    const ObjectId kept = record(history, SetFactory::set(1));
+    QFile reference(m_git + QStringLiteral("/refs/heads/song/=song.als/main"));
+    QVERIFY(reference.open(QIODevice::WriteOnly)); // empty, as a power cut may leave it
+    reference.close();
+    QVERIFY(!Packer::repack(m_git));
+    QVERIFY(open().hasObject(kept));
+}
+
+void TestStore::albumsOfStrangersAreNotTrusted()
+{
+    auto history = open();
+    const auto tree = history.store(readImage(SetFactory::set(1)));
+    for (const char *text :
+         {"[]", "{\"songs\":[5],\"name\":3,\"created\":\"x\"}",
+          "{\"songs\":[{\"file\":7}],\"name\":\"n\",\"created\":1}", "{\"songs\":{}}"}) {
+        const auto commit = history.commit({*tree, {}, QString::fromUtf8(text), 0, {}, {}});
+        QVERIFY(QDir().mkpath(m_git + QStringLiteral("/refs/tags/album")));
+        QVERIFY(replaceFile(m_git + QStringLiteral("/refs/tags/album/evil"),
+                            commit->hex().toLatin1() + '\n'));
+        QVERIFY(open().albums().isEmpty());
+    }
 }
 
 void TestStore::interruptedPackingIsCleanedUp()
@@ -257,14 +313,18 @@ void TestStore::projectFileIsReadAsWritten()
     file.createdAt = 5;
     file.songs = {{QStringLiteral("A.als"),
                    QStringLiteral("b"),
-                   {QStringLiteral("main"), QStringLiteral("b")}}};
+                   {QStringLiteral("main"), QStringLiteral("b")},
+                   {QStringLiteral("first mix")}}};
+    file.albums = {QStringLiteral("demo")};
+    file.trashLookedAt = 9;
     file.trash = {{QStringLiteral("t"),
                    7,
                    QStringLiteral("B.als"),
                    QStringLiteral("main"),
                    {QStringLiteral("main")},
                    QStringLiteral("x"),
-                   true}};
+                   true,
+                   11}};
     file.rewrites = {
         {QStringLiteral("A.als"), QStringLiteral("main"), *ObjectId::fromHex(QString(40, u'a'))}};
     file.rename = PendingRename{QStringLiteral("b"), QStringLiteral("c"), QStringLiteral("A.als")};
