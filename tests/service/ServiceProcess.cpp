@@ -61,9 +61,21 @@ Json ServiceConnection::save(int timeoutMs)
     }
 }
 
+bool ServiceConnection::arrives(int timeoutMs)
+{
+    while (!m_buffer.endsWith('\n')) {
+        if (!m_socket.waitForReadyRead(timeoutMs)) {
+            return false;
+        }
+        m_buffer += m_socket.readAll();
+    }
+    return true;
+}
+
 bool ServiceConnection::readFor(int timeoutMs)
 {
-    if (m_socket.bytesAvailable() == 0 && !m_socket.waitForReadyRead(std::max(timeoutMs, 0))) {
+    if (!m_buffer.endsWith('\n') && m_socket.bytesAvailable() == 0 &&
+        !m_socket.waitForReadyRead(std::max(timeoutMs, 0))) {
         return false;
     }
     m_buffer += m_socket.readAll();
@@ -91,6 +103,7 @@ bool ServiceProcess::start(const QStringList &arguments)
     environment.remove(QStringLiteral("XDG_DATA_HOME"));
     m_process->setProcessEnvironment(environment);
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_process->setChildProcessModifier(m_restriction);
     m_process->start(QStringLiteral(OSTRA_DAEMON), arguments);
     return m_process->waitForStarted();
 }

@@ -7,6 +7,7 @@
 #include <QString>
 #include <QTemporaryDir>
 
+#include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -37,6 +38,8 @@ public:
     Json event(int timeoutMs = 5'000);
     /// Waits for a recorded save.
     Json save(int timeoutMs = 5'000);
+    /// Waits for a whole line without reading it, for measuring; false if none came in time.
+    bool arrives(int timeoutMs = 15'000);
     /// Takes in what comes; false if nothing came in time.
     bool readFor(int timeoutMs);
 
@@ -54,6 +57,8 @@ public:
     ~ServiceProcess();
 
     bool start(const QStringList &arguments = {});
+    /// What a service that is started from now on does to itself before it runs.
+    void restrictTo(std::function<void()> restriction) { m_restriction = std::move(restriction); }
     void kill(); ///< as hard as the system can
     bool stop(); ///< by "shutdown"; true if it ended by itself with 0
     bool isRunning() const { return m_process && m_process->state() == QProcess::Running; }
@@ -73,6 +78,7 @@ public:
 private:
     QTemporaryDir m_home;
     std::unique_ptr<QProcess> m_process;
+    std::function<void()> m_restriction;
 };
 
 /// The song of a "status" reply; null if it is not there.
