@@ -133,9 +133,9 @@ NoteChanges compareNotes(xml_node before, xml_node after)
 std::optional<int> transposition(const NoteChanges &changes)
 {
     std::optional<int> interval;
-    for (const auto &[before, after] : changes.changed) {
-        const int step = after.key - before.key;
-        if (!before.isSameButKey(after) || interval.value_or(step) != step) {
+    for (const auto &pair : changes.changed) {
+        const int step = pair.second.key - pair.first.key;
+        if (!pair.first.isSameButKey(pair.second) || interval.value_or(step) != step) {
             return std::nullopt;
         }
         interval = step;
@@ -186,7 +186,8 @@ public:
     ClipComparison(const PlacedClip &before, const PlacedClip &after,
                    const TimeSignature &signature, UnnamedParts unnamed)
         : m_before(before), m_after(after), m_signature(signature), m_unnamed(unnamed),
-          m_title(clipTitle(after))
+          m_title(clipTitle(after)),
+          m_clip(after.clip.name.isEmpty() ? m_title : QStringLiteral("clip ") + m_title)
     {
     }
 
@@ -217,10 +218,15 @@ private:
 
     void compareName()
     {
-        if (m_before.clip.name != m_after.clip.name) {
-            say(QStringLiteral("clip %1 renamed to %2").arg(clipTitle(m_before), m_title),
-                QStringLiteral("%1 clips renamed in %2"));
+        const auto &from = m_before.clip.name;
+        const auto &to = m_after.clip.name;
+        if (from == to) {
+            return;
         }
+        say(from.isEmpty() ? QStringLiteral("%1 named %2").arg(clipTitle(m_before), quoted(to))
+            : to.isEmpty() ? QStringLiteral("name of clip %1 removed").arg(quoted(from))
+                           : QStringLiteral("clip %1 renamed to %2").arg(quoted(from), quoted(to)),
+            QStringLiteral("%1 clips renamed in %2"));
     }
 
     void comparePlace()
@@ -231,9 +237,8 @@ private:
             return; // its beginning was trimmed: told as a length
         }
         if (isShifted || m_before.place != m_after.place) {
-            const auto name = m_after.clip.name.isEmpty() ? QString() : u' ' + m_title;
-            say(QStringLiteral("clip%1 moved from %2 to %3")
-                    .arg(name, m_before.place, m_after.place),
+            const auto name = m_after.clip.name.isEmpty() ? QStringLiteral("a clip") : m_clip;
+            say(QStringLiteral("%1 moved from %2 to %3").arg(name, m_before.place, m_after.place),
                 QStringLiteral("%1 clips moved in %2"));
         }
     }
@@ -328,13 +333,13 @@ private:
             };
             say(QStringLiteral("%1 transposed %2")
                     .arg(m_title,
-                         arrow(semitonesText(pitch(before())), semitonesText(pitch(after())))),
+                         arrow(intervalText(pitch(before())), semitonesText(pitch(after())))),
                 QStringLiteral("%1 clips transposed in %2"));
         }
         if (!isSame("Disabled")) {
             const bool off = isTrue(after().child("Disabled"));
-            say(QStringLiteral("clip %1 turned %2")
-                    .arg(m_title, off ? QStringLiteral("off") : QStringLiteral("on")),
+            say(QStringLiteral("%1 turned %2")
+                    .arg(m_clip, off ? QStringLiteral("off") : QStringLiteral("on")),
                 off ? QStringLiteral("%1 clips turned off in %2")
                     : QStringLiteral("%1 clips turned on in %2"));
         }
@@ -346,7 +351,7 @@ private:
             return;
         }
         if (!isSame("Color") || !isSame("ColorIndex")) {
-            say(QStringLiteral("color of clip %1 changed").arg(m_title),
+            say(QStringLiteral("color of %1 changed").arg(m_clip),
                 QStringLiteral("color of %1 clips changed in %2"));
         }
         if (!isSame("GrooveSettings")) {
@@ -354,7 +359,7 @@ private:
                 QStringLiteral("groove of %1 clips changed in %2"));
         }
         if (!isSame("Envelopes")) {
-            say(QStringLiteral("automation in clip %1 changed").arg(m_title),
+            say(QStringLiteral("automation in %1 changed").arg(m_clip),
                 QStringLiteral("automation in %1 clips of %2 changed"), Category::kAutomation);
         }
         if (!isSame("Fades") || !isSame("Fade")) {
@@ -364,7 +369,7 @@ private:
         if (m_aspects.empty() &&
             !isSameMusicBut(before(), after(),
                             {"CurrentStart", "CurrentEnd", "Loop", "Name", "Notes", "SampleRef"})) {
-            say(QStringLiteral("settings of clip %1 changed").arg(m_title),
+            say(QStringLiteral("settings of %1 changed").arg(m_clip),
                 QStringLiteral("settings of %1 clips changed in %2"));
         }
     }
@@ -373,7 +378,8 @@ private:
     const PlacedClip &m_after;
     const TimeSignature &m_signature;
     UnnamedParts m_unnamed;
-    QString m_title;
+    QString m_title; ///< "“Chorus”", "the clip at bar 17"
+    QString m_clip;  ///< "clip “Chorus”", "the clip at bar 17"
     std::vector<Aspect> m_aspects;
 };
 

@@ -238,10 +238,9 @@ QList<DeltaSummary> DeviceComparison::lines()
             if (!names.contains(knob.name)) {
                 names.append(knob.name);
             }
-            if (names.size() == kMostKnobs + 1) {
-                names.last() = QStringLiteral("…");
-                break;
-            }
+        }
+        if (names.size() > kMostKnobs + 1) {
+            names = names.first(kMostKnobs) + QStringList{QStringLiteral("…")};
         }
         say(QStringLiteral("%1 parameters changed: %2")
                 .arg(m_found.knobs.size())
@@ -272,7 +271,7 @@ QString parameterName(xml_node parameter)
     const auto holder = parameter.parent();
     if (tag == "ParameterValue" || tag == "Timeable") {
         for (const char *name : {"ParameterName", "Name"}) {
-            if (const auto text = textOf(holder.child(name)); !text.isEmpty()) {
+            if (auto text = textOf(holder.child(name)); !text.isEmpty()) {
                 return text;
             }
         }

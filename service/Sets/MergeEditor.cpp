@@ -600,6 +600,7 @@ void MergeEditor::fitScenes(const std::vector<Placed> &tracks)
     const auto scenes = arrangeScenes();
     const auto &model = m_states.into.model();
     std::vector<PlacedScene> before;
+    before.reserve(model.scenes.size());
     for (int i = 0; i < static_cast<int>(model.scenes.size()); ++i) {
         before.push_back({i, false});
     }

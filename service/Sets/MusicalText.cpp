@@ -74,7 +74,8 @@ QString positionText(double beats, const TimeSignature &signature)
 QString lengthText(double beats, const TimeSignature &signature)
 {
     const double bars = beats / signature.beatsPerBar();
-    if (bars >= 1 && std::abs(bars - std::round(bars)) < 1e-6) {
+    constexpr double kCountedInBars = 4; // whatever is longer, even if it ends within a bar
+    if (bars > kCountedInBars || (bars >= 1 && std::abs(bars - std::round(bars)) < 1e-6)) {
         return numberText(bars) +
                (std::round(bars) == 1 ? QStringLiteral(" bar") : QStringLiteral(" bars"));
     }
@@ -102,9 +103,14 @@ QString panText(double pan)
     return QString::number(std::abs(amount)) + (amount < 0 ? u'L' : u'R');
 }
 
+QString intervalText(double semitones)
+{
+    return withoutZeros(signedText(semitones, 2, true));
+}
+
 QString semitonesText(double semitones)
 {
-    return withoutZeros(signedText(semitones, 2, true)) +
+    return intervalText(semitones) +
            (std::abs(semitones) == 1 ? QStringLiteral(" semitone") : QStringLiteral(" semitones"));
 }
 
@@ -225,12 +231,12 @@ ValueTexts parameterTexts(xml_node before, xml_node after)
 
 QString deviceName(xml_node device)
 {
-    if (const auto own = textOf(device.child("UserName")); !own.isEmpty()) {
+    if (auto own = textOf(device.child("UserName")); !own.isEmpty()) {
         return own;
     }
     const auto info = device.child("PluginDesc").first_child();
     for (const char *tag : {"PlugName", "Name"}) {
-        if (const auto name = textOf(info.child(tag)); !name.isEmpty()) {
+        if (auto name = textOf(info.child(tag)); !name.isEmpty()) {
             return name;
         }
     }

@@ -20,6 +20,8 @@ QString tempoText(double bpm);
 QString percentText(double fraction);
 /// "C", "25L", "50R", as Live writes a position in the stereo field.
 QString panText(double pan);
+/// "+2", "−1", "0".
+QString intervalText(double semitones);
 /// "+2 semitones", "−1 semitone".
 QString semitonesText(double semitones);
 /// "3 notes", "1 note".

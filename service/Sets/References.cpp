@@ -59,8 +59,9 @@ QByteArray redirected(xml_node element, const Reference &reference, const QByteA
     }
     const auto value = valueOf(element);
     const auto number = trackNumber(value);
-    return value.first(number->first).toByteArray() + id +
-           value.sliced(number->second).toByteArray();
+    return number ? value.first(number->first).toByteArray() + id +
+                        value.sliced(number->second).toByteArray()
+                  : value.toByteArray();
 }
 
 std::size_t countChildren(xml_node list)

@@ -349,17 +349,25 @@ void Comparison::compareLocators()
     }
     QList<DeltaSummary> changed;
     QList<DeltaSummary> added;
+    QList<DeltaSummary> removed;
     for (const auto &locator : m_head.locators) {
         const auto *const before = old.take(locatorKey(locator));
         (before ? changed : added) += describeLocator(before, &locator, m_head.signature);
     }
-    m_lines += changed;
     for (const auto &locator : m_base.locators) {
         if (old.value(locatorKey(locator)) == &locator) {
-            m_lines += describeLocator(&locator, nullptr, m_head.signature);
+            removed += describeLocator(&locator, nullptr, m_head.signature);
         }
     }
-    m_lines += added;
+    if (removed.size() > kMostNames) {
+        removed = {
+            removal(Category::kScenes, QStringLiteral("Removed %1 locators").arg(removed.size()))};
+    }
+    if (added.size() > kMostNames) {
+        added = {
+            addition(Category::kScenes, QStringLiteral("Added %1 locators").arg(added.size()))};
+    }
+    m_lines += changed + removed + added;
 }
 
 void Comparison::compareGrooves()

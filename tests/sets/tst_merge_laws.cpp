@@ -127,7 +127,8 @@ private:
     {
         static const QRegularExpression kClips(
             QStringLiteral("^(?:.* of )?\\d+ clips .*?(?:to|in|from|of) (.*?)(?: changed)?$"));
-        static const QRegularExpression kScenes(QStringLiteral("^(added|removed) \\d+ scenes$"));
+        static const QRegularExpression kScenes(
+            QStringLiteral("^(added|removed) \\d+ (scene|locator)s$"));
         const auto clips = kClips.match(text);
         const auto scenes = kScenes.match(text);
         const auto begins = [&](const QString &start) {
@@ -137,7 +138,7 @@ private:
             return std::ranges::any_of(m_changes, fits) || std::ranges::any_of(m_titles, fits);
         };
         return (clips.hasMatch() && begins(clips.captured(1) + QStringLiteral(": "))) ||
-               (scenes.hasMatch() && begins(scenes.captured(1) + QStringLiteral(" scene")));
+               (scenes.hasMatch() && begins(scenes.captured(1) + u' ' + scenes.captured(2)));
     }
 
     inline static const QString kJoint = QStringLiteral(" · ");
