@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace ostra {
 
@@ -102,14 +103,24 @@ void CommitGraphLayout::connectParents(const SongGraph &graph)
         }
         ++index;
     }
-    m_edges.shrink_to_fit();
 }
 
 void CommitGraphLayout::indexEdges()
 {
-    std::stable_sort(m_edges.begin(), m_edges.end(), [](const Edge &a, const Edge &b) {
-        return std::min(a.parent, a.child) < std::min(b.parent, b.child);
-    });
+    // Counted into their places: what they are sorted by are the numbers of the nodes.
+    const auto earlier = [](const Edge &edge) {
+        return size_t(std::min(edge.parent, edge.child));
+    };
+    std::vector<quint32> places(m_lanes.size() + 1);
+    for (const Edge &edge : m_edges) {
+        ++places[earlier(edge) + 1];
+    }
+    std::partial_sum(places.cbegin(), places.cend(), places.begin());
+    std::vector<Edge> sorted(m_edges.size());
+    for (const Edge &edge : m_edges) {
+        sorted[places[earlier(edge)]++] = edge;
+    }
+    m_edges = std::move(sorted);
     m_blockReach.assign((m_edges.size() + kBlock - 1) / kBlock, 0);
     for (size_t i = 0; i < m_edges.size(); ++i) {
         quint32 &reach = m_blockReach[i / kBlock];
