@@ -51,7 +51,8 @@ int main(int argc, char **argv)
 {
     ::umask(0077); // what is written is this user's
 #ifdef __GLIBC__
-    ::mallopt(M_ARENA_MAX, 2); // an arena for each worker would be kept for ever
+    ::mallopt(M_ARENA_MAX, 1); // what one worker leaves free serves the others
+    ::mallopt(M_MMAP_THRESHOLD, 128 * 1024); // sets and replies go back to the system at once
 #endif
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("ostra-daemon"));

@@ -6,6 +6,7 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 
 #include <algorithm>
 
@@ -53,11 +54,20 @@ Project::~Project() = default;
 
 Outcome<Project::Recorded> Project::record(const QString &file)
 {
+    const auto shown = [&] {
+        const auto song = m_songs.constFind(file);
+        return song == m_songs.constEnd() ? std::pair(false, false)
+                                          : std::pair(song->isPresent, song->isUnrecorded);
+    };
+    const auto before = shown();
     auto recorded = keep(file, Keep::wholeSets);
-    if (recorded && *recorded == Recorded::recorded) {
+    const bool isNew = recorded && *recorded == Recorded::recorded;
+    if (isNew) {
         writeStamps();
     }
-    tell();
+    if (isNew || shown() != before) { // every set of every project is looked at after a start
+        tell();
+    }
     return recorded;
 }
 

@@ -9,7 +9,7 @@
 #include "Store/Packer.h"
 #include "Store/ProjectFile.h"
 
-#include <QHash>
+#include <QMap>
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -192,7 +192,7 @@ private:
     Clock m_clock;
     ProjectFile m_file;
     std::optional<History> m_history;
-    QHash<QString, Song> m_songs;
+    QMap<QString, Song> m_songs; ///< a hash of one song would take room for a hundred
     QList<AlbumRecord> m_albums;
     QList<Save> m_saves; ///< not yet told
     qint64 m_sizeOfFiles = 0;

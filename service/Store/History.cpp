@@ -708,9 +708,15 @@ Outcome<History::References> History::references() const
     QDirIterator files(d->folder + QStringLiteral("/refs"), QDir::Files | QDir::Hidden,
                        QDirIterator::Subdirectories);
     while (found && files.hasNext()) {
-        const QByteArray name =
-            QFile::encodeName(files.next().sliced(d->folder.size() + 1)); // "refs/…"
-        if (!name.endsWith(".lock") && !found->contains(name.sliced(5))) {
+        const QString path = files.next();
+        const QByteArray name = QFile::encodeName(path.sliced(d->folder.size() + 1)); // "refs/…"
+        if (name.endsWith(".lock") || found->contains(name.sliced(5))) {
+            continue;
+        }
+        git_reference *raw = nullptr;
+        const bool isNew = git_reference_lookup(&raw, d->repository(), name.constData()) == 0;
+        const GitReference reference(raw);
+        if (!isNew && QFile::exists(path)) {
             return failure(kNotRead + QStringLiteral(": “%1” is damaged").arg(files.fileName()));
         }
     }

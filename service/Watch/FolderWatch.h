@@ -6,6 +6,7 @@
 
 #include <QFileSystemWatcher>
 #include <QHash>
+#include <QMap>
 #include <QObject>
 #include <QSet>
 #include <QStringList>
@@ -74,7 +75,7 @@ private:
     QFileSystemWatcher m_watcher;
     QStringList m_roots;
     QSet<QString> m_projects;
-    QHash<QString, QHash<QString, FileStamp>> m_folders; ///< watched folder → its sets
+    QHash<QString, QMap<QString, FileStamp>> m_folders; ///< watched folder → its sets
     /// Watched ancestor → roots and projects below it. A folder that is renamed or unplugged is not
     /// told about itself, and one that is away can only be seen coming from above.
     QHash<QString, QSet<QString>> m_anchors;
