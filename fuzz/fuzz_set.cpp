@@ -47,8 +47,42 @@ QByteArray damaged(QByteArray xml, std::span<const uint8_t> script)
     return xml;
 }
 
+/// The song with things removed and edited, for the other side of a merge.
+QByteArray otherSide()
+{
+    auto song = SetSketch::song();
+    song.tempo = 90;
+    song.removeScene(1);
+    song.removeTrack(0);
+    song.tracks[0].devices.removeFirst();
+    song.tracks[0].envelopes.clear();
+    song.addTrack(QStringLiteral("Pads"));
+    return song.xml();
+}
+
+void checkMerge(const MergeInputs &inputs)
+{
+    const auto plan = planMerge(inputs);
+    MergeDecisions decisions;
+    decisions.fingerprint = plan.fingerprint;
+    for (const auto &change : plan.changes) {
+        decisions.approvedIds.append(change.id);
+    }
+    for (const auto &pick : plan.picks) {
+        decisions.picks.append({pick.keyId, QStringLiteral("from")});
+    }
+    const auto merged = applyMerge(inputs, decisions);
+    if (merged && merged->file != inputs.into) { // what is written is sound
+        const auto result = readSet(merged->file);
+        if (!result || !validateSet(*result).isEmpty()) {
+            std::abort();
+        }
+    }
+}
+
 void check(const QByteArray &file)
 {
+    static const QByteArray kOther = otherSide();
     static const QByteArray kBase = SetSketch::song().xml();
     static const Set kBaseSet = *readSet(kBase);
     const auto set = readSet(file);
@@ -62,21 +96,9 @@ void check(const QByteArray &file)
         std::abort();
     }
     (void)saveMessage(diffSets(kBaseSet, *set));
-    const auto isSound = validateSet(*set).isEmpty();
-    const MergeInputs inputs{kBase, kBase, file, QStringLiteral("Song.als")};
-    const auto plan = planMerge(inputs);
-    MergeDecisions decisions;
-    decisions.fingerprint = plan.fingerprint;
-    for (const auto &change : plan.changes) {
-        decisions.approvedIds.append(change.id);
-    }
-    const auto merged = applyMerge(inputs, decisions);
-    if (isSound && merged) { // what is written is sound
-        const auto result = readSet(merged->file);
-        if (!result || !validateSet(*result).isEmpty()) {
-            std::abort();
-        }
-    }
+    checkMerge({kBase, kBase, file, QStringLiteral("Song.als")});
+    checkMerge({kBase, kOther, file, QStringLiteral("Song.als")});
+    checkMerge({kBase, file, kOther, QStringLiteral("Song.als")});
 }
 
 } // namespace

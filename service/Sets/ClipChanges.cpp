@@ -503,6 +503,7 @@ QList<DeltaSummary> describeClips(const QString &track, const ClipPairs &pairs,
                                   const TimeSignature &signature, UnnamedParts unnamed)
 {
     std::vector<Aspect> aspects;
+    aspects.reserve(pairs.removed.size() + pairs.added.size() + pairs.changed.size());
     const auto in = [](const PlacedClip &clip) {
         return (clip.clip.name.isEmpty() ? QStringLiteral("a clip")
                                          : QStringLiteral("clip ") + quoted(clip.clip.name)) +

@@ -74,6 +74,7 @@ bool isSameList(const std::vector<xml_node> &a, const std::vector<xml_node> &b)
 std::vector<xml_node> nodesOf(const std::vector<Device> &devices)
 {
     std::vector<xml_node> nodes;
+    nodes.reserve(devices.size());
     for (const auto &device : devices) {
         nodes.push_back(device.node);
     }
@@ -405,7 +406,7 @@ void planEnvelopes(Plan &plan, const Trio &trio)
         pointees.erase(automationTargetOf(trio.from.mixer.child("Tempo")));
         pointees.erase(automationTargetOf(trio.from.mixer.child("TimeSignature")));
     }
-    std::optional<QHash<QByteArray, QString>> names;
+    QHash<QByteArray, QString> names;
     for (const auto &pointee : pointees) {
         // Automation whose parameter came or went travels with its device or its return.
         if (!plan.states.basePointees.contains(pointee) ||
@@ -419,11 +420,11 @@ void planEnvelopes(Plan &plan, const Trio &trio)
         if (isSameAutomation(base, from) || isSameAutomation(into, from)) {
             continue;
         }
-        if (!names) {
+        if (names.isEmpty()) {
             names = parameterNames(trio.from);
         }
         const auto title =
-            QStringLiteral("%1: automation of %2").arg(trio.from.name, names->value(pointee));
+            QStringLiteral("%1: automation of %2").arg(trio.from.name, names.value(pointee));
         const auto stateOf = [&](xml_node envelope) {
             return !envelope ? QStringLiteral("no automation")
                              : countText(static_cast<qsizetype>(countChildren(

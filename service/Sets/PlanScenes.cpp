@@ -185,8 +185,9 @@ std::vector<std::pair<QByteArray, Three<Part>>> inThree(const std::vector<Part> 
         if (three.base) {
             continue;
         }
-        const auto same = std::ranges::find_if(
-            into, [&](const Part &part) { return isSameMusic(part.node, three.from->node); });
+        const auto same = std::ranges::find_if(into, [theirs = three.from->node](const Part &part) {
+            return isSameMusic(part.node, theirs);
+        });
         three.into = same == into.end() ? nullptr : &*same;
     }
     return {parts.begin(), parts.end()};
@@ -266,10 +267,10 @@ void planGrooves(Plan &plan)
             continue;
         }
         const auto name = quoted((three.from ? three.from : three.base)->name);
-        const auto state = [&](const Groove *groove) {
-            return !groove                                     ? QStringLiteral("removed")
-                   : Three<Groove>::isSame(three.base, groove) ? QStringLiteral("unchanged")
-                                                               : QStringLiteral("changed");
+        const auto state = [base = three.base](const Groove *groove) {
+            return !groove                               ? QStringLiteral("removed")
+                   : Three<Groove>::isSame(base, groove) ? QStringLiteral("unchanged")
+                                                         : QStringLiteral("changed");
         };
         Proposal proposal;
         proposal.verdict = three.verdict();
@@ -279,8 +280,8 @@ void planGrooves(Plan &plan)
         proposal.intoState = state(three.into);
         describe(proposal, {describeGroove(three.base, three.from)}, {}, {});
         if (!three.into) {
-            proposal.edit = [key](MergeEditor &editor) {
-                editor.addGroove(key);
+            proposal.edit = [id = key](MergeEditor &editor) {
+                editor.addGroove(id);
             };
         } else if (!three.from) {
             proposal.declare = [ours = three.into](MergeEditor &editor) {

@@ -15,6 +15,7 @@ namespace {
 std::vector<QByteArray> looks(const SetModel &model, const QSet<QByteArray> &tracks)
 {
     std::vector<QByteArray> keys;
+    keys.reserve(model.scenes.size());
     for (const auto &scene : model.scenes) {
         keys.push_back(scene.name.toUtf8());
     }

@@ -72,9 +72,18 @@ Markup survey(const QByteArray &xml)
     return markup;
 }
 
-class DepthCheck : public pugi::xml_tree_walker {
+/// Stops where the tree is too deep, and notices text between elements.
+class TreeCheck : public pugi::xml_tree_walker {
 public:
-    bool for_each(pugi::xml_node & /*node*/) override { return depth() < kMaxDepth; }
+    bool for_each(pugi::xml_node &node) override
+    {
+        m_isMixed = m_isMixed || node.type() != pugi::node_element;
+        return depth() < kMaxDepth;
+    }
+    bool isMixed() const { return m_isMixed; }
+
+private:
+    bool m_isMixed = false;
 };
 
 } // namespace
@@ -97,15 +106,15 @@ SetResult<std::shared_ptr<const SetDocument>> SetDocument::parse(QByteArray xml,
     const auto parsed = document->m_tree.load_buffer_inplace(
         document->m_parsed.data(), static_cast<std::size_t>(document->m_parsed.size()),
         pugi::parse_escapes | pugi::parse_embed_pcdata, pugi::encoding_utf8);
-    DepthCheck depth;
-    if (!parsed || !document->m_tree.traverse(depth)) {
+    TreeCheck check;
+    if (!parsed || !document->m_tree.traverse(check)) {
         return tl::unexpected(broken());
     }
     if (QByteArrayView(document->root().name()) != "Ableton" ||
         !document->root().child("LiveSet")) {
         return tl::unexpected(SetError{QStringLiteral("This is not an Ableton Live set.")});
     }
-    document->m_foreign = markup.isForeign;
+    document->m_foreign = markup.isForeign || check.isMixed();
     document->m_model = SetModel(document->root());
     return document;
 }
@@ -113,7 +122,9 @@ SetResult<std::shared_ptr<const SetDocument>> SetDocument::parse(QByteArray xml,
 qsizetype SetDocument::end(pugi::xml_node element) const
 {
     if (const auto next = element.next_sibling()) {
-        return m_xml.lastIndexOf('>', offset(next.name()) - 2) + 1;
+        const bool isText = next.type() != pugi::node_element;
+        return m_xml.lastIndexOf('>', isText ? offset(next.value()) - 1 : offset(next.name()) - 2) +
+               1;
     }
     const auto parent = element.parent();
     if (parent.type() != pugi::node_element) {

@@ -34,7 +34,8 @@ public:
     const SetModel &model() const { return m_model; }
     pugi::xml_node root() const { return m_tree.document_element(); }
     QByteArrayView minorVersion() const { return root().attribute("MinorVersion").value(); }
-    /// Whether the text holds what Live never writes: comments, CDATA, a document type.
+    /// Whether the text holds what Live never writes: comments, CDATA, a document type, text
+    /// between elements. Such a document may be compared but not edited.
     bool isForeign() const { return m_foreign; }
 
     /// From the "<" of an element to behind its last ">".

@@ -726,9 +726,14 @@ void TestSetMerge::aHandEditedFileIsAFallback()
     auto xml = base.xml();
     xml.replace("<LiveSet>", "<LiveSet><!-- mine -->");
     xml.replace("Value=\"Verse\"", "Value=\"Strophe\"");
+    auto mixed = base.xml(); // text beside elements
+    mixed.replace("<UserName Value=\"Bass\" />", "<UserName Value=\"Bass\" />mine");
+    mixed.replace("</MidiTrack>", "mine</MidiTrack>");
     auto broken = base;
     broken.tracks[0].volume.target = broken.tracks[1].volume.target;
-    for (const auto &from : {xml, broken.file(), QByteArray("junk"), QByteArray()}) {
+    QVERIFY(readSet(mixed));
+    QCOMPARE(differences(base.xml(), mixed).size(), 1);
+    for (const auto &from : {xml, mixed, broken.file(), QByteArray("junk"), QByteArray()}) {
         const auto plan = planMerge(inputs(base.file(), into.file(), from));
         QCOMPARE(plan.fallbacks.size(), 1);
         QCOMPARE(plan.changes.size() + plan.picks.size(), 0);
