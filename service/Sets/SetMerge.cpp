@@ -76,7 +76,7 @@ SetResult<MergedText> mergeSoundly(const Planned &planned,
                                    const std::vector<const Proposal *> &chosen)
 {
     auto merged = mergeProposals(*planned.states, chosen);
-    const auto read = readSetXml(merged.xml, planned.into->container());
+    const auto read = readSetXml(merged.xml, planned.states->into.container());
     if (!read) {
         return tl::unexpected(SetError{QStringLiteral("The merged set could not be read again.")});
     }
@@ -181,14 +181,14 @@ Planned think(const MergeInputs &inputs)
         planned.base = read(inputs.base);
         planned.into = inputs.into == inputs.base ? planned.base : read(inputs.into);
         planned.from = read(inputs.from);
-        if (planned.obstacle.isEmpty()) {
+        if (planned.base && planned.into && planned.from) {
             planned.obstacle = obstacleTo(*planned.base, *planned.into, *planned.from);
-        }
-        if (planned.obstacle.isEmpty()) {
-            planned.states = std::make_unique<ThreeWay>(
-                planned.base->document(), planned.into->document(), planned.from->document());
-            planned.proposals = planProposals(*planned.states);
-            planned.pickKeys = readableKeys(planned.proposals);
+            if (planned.obstacle.isEmpty()) {
+                planned.states = std::make_unique<ThreeWay>(
+                    planned.base->document(), planned.into->document(), planned.from->document());
+                planned.proposals = planProposals(*planned.states);
+                planned.pickKeys = readableKeys(planned.proposals);
+            }
         }
     }
     fillPlan(planned, inputs);
@@ -250,8 +250,8 @@ void tryOut(Planned &planned, const MergeInputs &inputs)
     if (reason.isEmpty()) {
         return;
     }
-    const auto sound =
-        SoundPieces(planned, planned.into->xml().size()).find(allOf(planned.proposals, false));
+    const auto sound = SoundPieces(planned, planned.states->into.xml().size())
+                           .find(allOf(planned.proposals, false));
     if (!sound || sound->empty()) {
         planned.obstacle = QStringLiteral("its pieces do not fit together (%1)").arg(reason);
         planned.proposals.clear();
@@ -359,7 +359,7 @@ SetResult<MergeOutcome> applyMerge(const MergeInputs &inputs, const MergeDecisio
     if (!merged) {
         return tl::unexpected(merged.error());
     }
-    outcome.file = packSet(merged->xml, planned.into->container());
+    outcome.file = packSet(merged->xml, planned.states->into.container());
     outcome.result.autoMerged = 1; // users are told of files
     outcome.result.skipped = merged->skipped;
     outcome.result.skipped.removeDuplicates();

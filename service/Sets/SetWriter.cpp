@@ -57,9 +57,11 @@ bool SetWriter::isRemoved(xml_node element) const
             return true;
         }
         const auto around = m_edits.find(node.parent().internal_object());
-        if (around != m_edits.end() && around->second.items &&
-            std::ranges::find(*around->second.items, node, &Item::node) ==
-                around->second.items->end()) {
+        if (around == m_edits.end()) {
+            continue;
+        }
+        const auto &items = around->second.items;
+        if (items && std::ranges::find(*items, node, &Item::node) == items->end()) {
             return true;
         }
     }
@@ -80,7 +82,8 @@ void SetWriter::copy(Span span, const Edit *edit, QByteArray &out) const
     out.append(m_document.slice({at, span.end}));
 }
 
-void SetWriter::writeList(xml_node element, const Edit &edit, QByteArray &out) const
+void SetWriter::writeList(xml_node element, const Edit &edit, const Items &items,
+                          QByteArray &out) const
 {
     const auto span = m_document.span(element);
     const auto lineBegin = m_document.xml().lastIndexOf('\n', span.begin) + 1;
@@ -94,12 +97,12 @@ void SetWriter::writeList(xml_node element, const Edit &edit, QByteArray &out) c
         open.chop(1);
     }
     open = QByteArrayView(open).trimmed().toByteArray();
-    if (edit.items->empty()) {
+    if (items.empty()) {
         out.append(open).append(" />");
         return;
     }
     out.append(open).append('>');
-    for (const auto &item : *edit.items) {
+    for (const auto &item : items) {
         out.append(indent).append('\t');
         if (item.node) {
             write(item.node, out);
@@ -124,7 +127,7 @@ void SetWriter::write(xml_node element, QByteArray &out) const
         return;
     }
     if (edit && edit->items) {
-        writeList(element, *edit, out);
+        writeList(element, *edit, *edit->items, out);
         return;
     }
     qsizetype at = span.begin;

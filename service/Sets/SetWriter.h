@@ -48,7 +48,8 @@ private:
     };
     Edit &edit(pugi::xml_node element);
     void write(pugi::xml_node element, QByteArray &out) const;
-    void writeList(pugi::xml_node element, const Edit &edit, QByteArray &out) const;
+    void writeList(pugi::xml_node element, const Edit &edit, const Items &items,
+                   QByteArray &out) const;
     void copy(Span span, const Edit *edit, QByteArray &out) const;
 
     const SetDocument &m_document;
