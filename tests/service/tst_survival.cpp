@@ -15,7 +15,7 @@ using namespace ostra;
 namespace {
 
 constexpr int kKills = 200;
-constexpr int kRows = 4; // each of which may take its time where machines are shared
+constexpr int kRows = 8; // each of which may take its time where machines are shared
 
 QByteArray hashOf(const QByteArray &bytes)
 {
