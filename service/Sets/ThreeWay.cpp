@@ -37,6 +37,7 @@ QSet<QByteArrayView> allPointees(const SetModel &model)
 std::vector<int> compose(const std::vector<int> &toBase, const std::vector<int> &fromBase)
 {
     std::vector<int> result;
+    result.reserve(toBase.size());
     for (const int base : toBase) {
         result.push_back(base < 0 ? -1 : fromBase[static_cast<std::size_t>(base)]);
     }
