@@ -1,5 +1,7 @@
 #include "Design/DSSlot.h"
 
+#include <QQmlContext>
+#include <QQmlEngine>
 #include <QQmlInfo>
 
 #include <utility>
@@ -19,6 +21,23 @@ void DSSlot::setSourceComponent(QQmlComponent *component)
         make();
         emit sourceComponentChanged();
     }
+}
+
+void DSSlot::setSource(const QUrl &source)
+{
+    if (m_source != source) {
+        m_source = source;
+        drop();
+        m_loaded.reset();
+        make();
+        emit sourceChanged();
+    }
+}
+
+void DSSlot::setGiven(const QVariantMap &given)
+{
+    m_given = given;
+    emit givenChanged();
 }
 
 void DSSlot::setActive(bool active)
@@ -41,20 +60,34 @@ void DSSlot::componentComplete()
 
 void DSSlot::make()
 {
-    if (!isComponentComplete() || !m_isActive || !m_component || m_item) {
+    if (!isComponentComplete() || !m_isActive || m_item) {
         return;
     }
-    QObject *object = m_component->beginCreate(m_component->creationContext());
+    if (!m_loaded && !m_source.isEmpty()) {
+        m_loaded = std::make_unique<QQmlComponent>(qmlEngine(this),
+                                                   qmlContext(this)->resolvedUrl(m_source));
+    }
+    QQmlComponent *component = m_loaded ? m_loaded.get() : m_component.get();
+    if (component == nullptr) {
+        return;
+    }
+    QObject *object = component->beginCreate(
+        m_loaded ? qmlContext(this)->engine()->rootContext() : component->creationContext());
     m_item = qobject_cast<QQuickItem *>(object);
+    if (object != nullptr && !m_given.isEmpty()) {
+        component->setInitialProperties(object, m_given);
+    }
     if (m_item) {
         m_item->setParent(this);
         m_item->setParentItem(this);
         giveSize();
     }
-    m_component->completeCreate();
+    if (object != nullptr) {
+        component->completeCreate();
+    }
     if (!m_item) {
         delete object;
-        qmlWarning(this) << m_component->errorString();
+        qmlWarning(this) << component->errorString();
         return;
     }
     connect(m_item, &QQuickItem::implicitWidthChanged, this, &DSSlot::takeWantedSize);

@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Templates as T
 import Ostra.Design
 import Ostra.Views
 
@@ -40,8 +39,14 @@ Item {
         pixelAligned: true
         boundsBehavior: Flickable.StopAtBounds
         flickableDirection: Flickable.AutoFlickIfNeeded
-        T.ScrollBar.horizontal: DSScrollBar {}
-        T.ScrollBar.vertical: DSScrollBar {}
+
+        DSScrollBar {
+            view: scroller
+            across: true
+        }
+        DSScrollBar {
+            view: scroller
+        }
 
         CommitGraphItem {
             id: drawing

@@ -6,7 +6,8 @@ import Ostra.Design
 import Ostra.Views
 
 /// The one window's content: header, banners, one pane, footer. As wide as the window always is and
-/// as high as what it shows.
+/// as high as what it shows. What is not seen at the start is named by its file, and so not loaded
+/// before it is wanted.
 FocusScope {
     id: root
 
@@ -42,7 +43,6 @@ FocusScope {
         id: menu
         daemon: root.daemon
         shown: root.Window.visibility !== Window.Hidden
-        songPage: (songPage.item as SongPageView)?.model ?? null
     }
     FocusKeeper {
         scope: root
@@ -67,48 +67,20 @@ FocusScope {
             onSettingsRequested: menu.showSettings = !menu.showSettings
             onQuitRequested: menu.quit()
         }
-        DSReveal {
+        DSSlot {
+            id: banners
+
+            readonly property bool wanted: menu.confirmingAbletonRelaunch || root.daemon.lastError !== "" || root.daemon.lastActionError !== "" || root.daemon.hasAbletonNotice
+
             width: parent.width
-            slides: true
-            duration: DS.anim.fast
-            shown: menu.confirmingAbletonRelaunch
-            content: RelaunchConfirmation {
-                onConfirmed: menu.relaunchAbletonApp()
-                onDeclined: menu.confirmingAbletonRelaunch = false
-            }
-        }
-        DSReveal {
-            width: parent.width
-            slides: true
-            shown: root.daemon.lastError !== ""
-            content: DaemonErrorBanner {
-                title: "DAEMON OFFLINE"
-                message: menu.connectionProblem
-                actionTitle: "Retry"
-                onAction: root.daemon.retry()
-            }
-        }
-        DSReveal {
-            width: parent.width
-            slides: true
-            shown: root.daemon.lastActionError !== ""
-            content: DaemonErrorBanner {
-                title: "ACTION FAILED"
-                message: menu.actionProblem
-                actionTitle: "Dismiss"
-                onAction: root.daemon.dismissActionError()
-            }
-        }
-        DSReveal {
-            width: parent.width
-            slides: true
-            shown: root.daemon.hasAbletonNotice
-            content: AbletonNoticeBanner {
-                message: menu.abletonNoticeMessage
-                relaunchInFlight: root.daemon.abletonRelaunchInFlight
-                onRelaunch: menu.relaunchAbleton()
-                onDismiss: root.daemon.dismissAbletonNotice()
-            }
+            // There from the first one on; most days there is none.
+            active: false
+            onWantedChanged: if (banners.wanted)
+                banners.active = true
+            source: "MenuBarBanners.qml"
+            given: ({
+                    menu: menu
+                })
         }
         Item {
             id: pane
@@ -136,26 +108,22 @@ FocusScope {
                 shown: menu.pane === MenuBarViewModel.Pane.song
                 active: menu.hasOpenSong || opacity > 0
                 height: parent.height
-                sourceComponent: SongPageView {
-                    daemon: root.daemon
-                    repoName: menu.openSongRepo
-                    filename: menu.openSongFile
-                    onBack: menu.closeSongPage()
-                    onRenamed: filename => menu.songRenamed(filename)
-                }
+                source: "SongPane.qml"
+                given: ({
+                        menu: menu
+                    })
+                onItemChanged: if (!songPage.item)
+                    menu.songPage = null
             }
             Page {
                 id: settingsPage
                 shown: menu.pane === MenuBarViewModel.Pane.settings
                 active: shown || opacity > 0
                 height: parent.height
-                sourceComponent: DSScrollView {
-                    SettingsView {
-                        width: parent.width
-                        daemon: root.daemon
-                        folderPicker: menu.folderPicker
-                    }
-                }
+                source: "SettingsPane.qml"
+                given: ({
+                        menu: menu
+                    })
             }
         }
         StatusFooter {

@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Templates as T
 import Ostra.Design
 import Ostra.Views
 
@@ -47,7 +46,9 @@ ListView {
     onFocusedItemChanged: if (root.focusedItem)
         root.reveal(root.focusedItem)
 
-    T.ScrollBar.vertical: DSScrollBar {}
+    DSScrollBar {
+        view: root
+    }
 
     ReadingOrder {
         container: root.contentItem

@@ -17,32 +17,17 @@ DSSlot {
     /// The head of this card must stay where it is while it opens.
     signal held
 
-    sourceComponent: [label, empty, project, divider, discovered][root.kind]
+    sourceComponent: [label, null, project, divider, discovered][root.kind]
+    source: root.kind === ProjectListModel.EmptyState ? "NoProjects.qml" : ""
+    given: ({
+            menu: root.menu
+        })
 
     Component {
         id: label
 
         DSSectionLabel {
             title: root.title
-        }
-    }
-    Component {
-        id: empty
-
-        Column {
-            EmptyState {
-                width: parent.width
-                glyph: "waveform.slash"
-                title: "No projects tracked yet"
-                message: "Open an Ableton set in a watched folder and OSTRA starts versioning every save."
-                ctaTitle: "choose folder"
-                ctaStyle: DSButton.Ghost
-                onAction: root.menu.showingFolderPicker = true
-            }
-            WatchFolderPicker {
-                width: parent.width
-                picker: root.menu.folderPicker
-            }
         }
     }
     Component {

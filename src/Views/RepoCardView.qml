@@ -16,25 +16,31 @@ Column {
 
     DSSlot {
         width: root.width
-        sourceComponent: root.card.renamingProject ? renameField : headLine
+        active: !root.card.renamingProject
+        sourceComponent: headLine
+    }
+    DSSlot {
+        width: root.width
+        active: root.card.renamingProject
+        source: "ProjectRenaming.qml"
+        given: ({
+                card: root.card
+            })
     }
     DSReveal {
+        id: inside
         width: root.width
         shown: root.isExpanded
-
-        content: Column {
-            bottomPadding: 6
-
-            FileStateView {
-                width: parent.width
-                visible: root.card.files.hasSongs
-                files: root.card.files
-                onOpenSong: (repoName, filename) => root.openSong(repoName, filename)
-            }
-            VersionsStrip {
-                width: parent.width
-                strip: root.card.strip
-            }
+        source: "RepoCardContent.qml"
+        given: ({
+                card: root.card
+            })
+    }
+    Connections {
+        target: inside.item
+        ignoreUnknownSignals: true
+        function onOpenSong(repoName: string, filename: string): void {
+            root.openSong(repoName, filename);
         }
     }
 
@@ -48,46 +54,6 @@ Column {
             isExpanded: root.isExpanded
             onToggleExpand: root.toggleExpand()
             onRename: root.card.startRenaming()
-        }
-    }
-    Component {
-        id: renameField
-
-        Item {
-            implicitHeight: 50
-
-            DSTextField {
-                anchors.left: parent.left
-                anchors.leftMargin: DS.gutter
-                anchors.right: confirm.left
-                anchors.rightMargin: 6
-                anchors.verticalCenter: parent.verticalCenter
-                height: confirm.height
-                placeholder: "Project name"
-                takesFocus: true
-                text: root.card.projectRenameText
-                onTextEdited: root.card.projectRenameText = text
-                onSubmitted: root.card.performProjectRename()
-                onCancelled: root.card.cancelRenaming()
-            }
-            DSButton {
-                id: confirm
-                anchors.right: cancel.left
-                anchors.rightMargin: 6
-                anchors.verticalCenter: parent.verticalCenter
-                title: "Rename"
-                enabled: root.card.canRename
-                onClicked: root.card.performProjectRename()
-            }
-            DSButton {
-                id: cancel
-                anchors.right: parent.right
-                anchors.rightMargin: DS.gutter
-                anchors.verticalCenter: parent.verticalCenter
-                title: "Cancel"
-                style: DSButton.Ghost
-                onClicked: root.card.cancelRenaming()
-            }
         }
     }
 }

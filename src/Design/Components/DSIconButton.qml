@@ -15,8 +15,6 @@ DSPressable {
     readonly property color tint: root.hot ? DS.color.ink : root.color
 
     name: root.help
-    implicitWidth: root.size
-    implicitHeight: root.size
     padding: (root.size - root.symbolSize) / 2
     focusInset: 0
 

@@ -41,7 +41,10 @@ DSPressable {
         boundsBehavior: Flickable.StopAtBounds
         Accessible.role: Accessible.List
         Accessible.name: root.name
-        T.ScrollBar.vertical: DSScrollBar {}
+
+        DSScrollBar {
+            view: root.list
+        }
 
         delegate: DSMenuRow {
             id: row

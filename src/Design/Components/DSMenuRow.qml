@@ -37,9 +37,7 @@ DSPressable {
     bottomPadding: 4
     name: root.label
     role: Accessible.ListItem
-    focusPolicy: Qt.NoFocus
-    activeFocusOnTab: false
-    focusShown: false
+    takesFocus: false
     Accessible.selectable: true
     Accessible.selected: root.selected
 

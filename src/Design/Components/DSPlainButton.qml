@@ -7,8 +7,8 @@ DSPressable {
 
     property string title
     property color color: DS.color.grey
+    property font font: DS.mono(10.5)
 
-    font: DS.mono(10.5)
     name: root.title
     leftPadding: 4
     rightPadding: 4

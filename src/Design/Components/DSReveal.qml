@@ -9,29 +9,18 @@ Item {
     property bool shown: false
     property bool slides: false
     property int duration: DS.anim.panel
-    property Component content
+    property alias content: place.sourceComponent
+    property alias source: place.source
+    property alias given: place.given
+    readonly property alias item: place.item
     property real progress: root.shown ? 1 : 0
     readonly property bool live: root.shown || root.progress > 0
-    property Item item: null
 
-    // Not a Loader: those of Qt 6.4 cannot make the components of a file whose components are bound.
-    function follow(): void {
-        if (root.live && !root.item) {
-            root.item = root.content.createObject(place) as Item;
-            root.item.width = Qt.binding(() => root.width);
-        } else if (!root.live && root.item) {
-            root.item.destroy();
-            root.item = null;
-        }
-    }
-
-    implicitWidth: root.item?.implicitWidth ?? 0
-    implicitHeight: Math.round((root.item?.implicitHeight ?? 0) * root.progress)
+    implicitWidth: place.implicitWidth
+    implicitHeight: Math.round(place.implicitHeight * root.progress)
     visible: root.live
     enabled: root.shown
     clip: root.progress < 1
-    onLiveChanged: root.follow()
-    Component.onCompleted: root.follow()
 
     Behavior on progress {
         DSPanelAnimation {
@@ -39,9 +28,11 @@ Item {
         }
     }
 
-    Item {
+    DSSlot {
         id: place
-        y: root.slides ? root.height - (root.item?.implicitHeight ?? 0) : 0
+        y: root.slides ? root.height - place.implicitHeight : 0
+        width: root.width
+        active: root.live
         opacity: root.progress
     }
 }

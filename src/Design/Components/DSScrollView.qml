@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 import Ostra.Design
 
 /// Content taller than its place, scrolled vertically under a thin bar. Children are laid out by
@@ -33,5 +32,7 @@ Flickable {
     onFocusedItemChanged: if (root.focusedItem)
         root.reveal(root.focusedItem)
 
-    T.ScrollBar.vertical: DSScrollBar {}
+    DSScrollBar {
+        view: root
+    }
 }

@@ -1,10 +1,9 @@
 import QtQuick
-import QtQuick.Templates as T
 import Ostra.Design
 
 /// One line of typed text. Return submits; Esc cancels. Bind `text` to the model and write back in
 /// `onTextEdited`.
-T.TextField {
+TextInput {
     id: root
 
     property string placeholder
@@ -19,8 +18,6 @@ T.TextField {
             root.forceActiveFocus(Qt.OtherFocusReason);
     }
 
-    implicitWidth: 120
-    implicitHeight: Math.ceil(root.contentHeight) + root.topPadding + root.bottomPadding
     leftPadding: 7
     rightPadding: 7
     topPadding: 4
@@ -32,7 +29,8 @@ T.TextField {
     verticalAlignment: TextInput.AlignVCenter
     renderType: Text.NativeRendering
     selectByMouse: true
-    hoverEnabled: true
+    activeFocusOnTab: true
+    clip: true
     opacity: root.enabled ? 1 : 0.55
 
     onAccepted: root.submitted()
@@ -44,11 +42,18 @@ T.TextField {
     Accessible.name: root.placeholder
     Accessible.onPressAction: root.forceActiveFocus(Qt.OtherFocusReason)
 
-    background: DSBox {
+    HoverHandler {
+        id: pointer
+        cursorShape: Qt.IBeamCursor
+    }
+    DSBox {
+        z: -1
+        width: root.width
+        height: root.height
         radius: DS.radius
         color: DS.color.paper
         borderWidth: 1
-        borderColor: root.activeFocus ? DS.color.ink2 : root.hovered ? DS.color.greyDim : DS.color.line
+        borderColor: root.activeFocus ? DS.color.ink2 : pointer.hovered ? DS.color.greyDim : DS.color.line
     }
 
     DSText {
