@@ -1,6 +1,5 @@
 #include "App.h"
 
-#include "Design/FontRegistration.h"
 #include "Platform/Installation.h"
 #include "Platform/SystemFolderChooser.h"
 #include "Platform/SystemHostApplications.h"
@@ -39,8 +38,10 @@ App::App(const CommandLine &commandLine, const QString &homePath)
                ProjectTexts::versionText(QCoreApplication::applicationVersion())),
       m_item(m_daemon, *m_trays)
 {
-    registerBundledFonts();
     m_engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+    if (m_commandLine.show) {
+        m_window.load();
+    }
 
     connect(m_trays.get(), &TrayWatcher::trayChanged, this, &App::takePlace);
     connect(&m_item, &MenubarItem::toggleRequested, this, &App::toggleWindow);

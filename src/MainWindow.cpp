@@ -28,9 +28,17 @@ MainWindow::MainWindow(QQmlEngine &engine, DaemonState &daemon, FolderChooser &f
 
 MainWindow::~MainWindow() = default;
 
+void MainWindow::load()
+{
+    m_loading = std::make_unique<QQmlComponent>(&m_engine, QUrl(QString::fromLatin1(kWindowUrl)),
+                                                QQmlComponent::Asynchronous);
+}
+
 void MainWindow::make()
 {
+    // Where loading has begun, this waits for the rest of it.
     QQmlComponent component(&m_engine, QUrl(QString::fromLatin1(kWindowUrl)));
+    m_loading.reset();
     if (!component.isReady()) {
         // The views are compiled into the program: without them there is nothing to run.
         qFatal("the window cannot be made: %s", qPrintable(component.errorString()));

@@ -7,6 +7,7 @@
 
 #include <memory>
 
+class QQmlComponent;
 class QQmlEngine;
 
 namespace ostra {
@@ -29,6 +30,10 @@ public:
     MainWindow(QQmlEngine &engine, DaemonState &daemon, FolderChooser &folderChooser,
                QString versionText, QObject *parent = nullptr);
     ~MainWindow() override;
+
+    /// Begins to load what the window is made of, beside whatever else there is to do before it is
+    /// shown.
+    void load();
 
     void setMode(Mode mode);
     Mode mode() const { return m_mode; }
@@ -66,6 +71,7 @@ private:
     DaemonState &m_daemon;
     FolderChooser &m_folderChooser;
     QString m_versionText;
+    std::unique_ptr<QQmlComponent> m_loading; ///< at most until the window is made
     std::unique_ptr<QQuickWindow> m_window;
     QRect m_item;
     QElapsedTimer m_sinceDismissal;

@@ -38,6 +38,7 @@ Item {
         DSText {
             anchors.centerIn: parent
             text: "◆"
+            font: DS.inter(13.5, Font.DemiBold)
             color: DS.color.ink2
             decorative: true
         }

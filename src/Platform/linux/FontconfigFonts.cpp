@@ -1,0 +1,8 @@
+#include "Platform/SystemFonts.h"
+
+#include <fontconfig/fontconfig.h>
+
+void ostra::readSystemFonts()
+{
+    FcInit();
+}

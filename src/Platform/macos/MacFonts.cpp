@@ -1,0 +1,4 @@
+#include "Platform/SystemFonts.h"
+
+// The system's font server has them ready.
+void ostra::readSystemFonts() {}
