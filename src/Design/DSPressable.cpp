@@ -1,8 +1,8 @@
 #include "Design/DSPressable.h"
 
+#include "Design/DesignSystem.h"
 #include "Design/DSBox.h"
 #include "Design/DSHelp.h"
-#include "Design/DesignSystem.h"
 
 #include <QGuiApplication>
 #include <QStyleHints>

@@ -16,8 +16,8 @@ class DSPressable : public QQuickItem {
     QML_ELEMENT
     /// The name, description and role that assistive technology reads.
     Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged FINAL)
-    Q_PROPERTY(QString description READ description WRITE setDescription NOTIFY descriptionChanged
-                   FINAL)
+    Q_PROPERTY(
+        QString description READ description WRITE setDescription NOTIFY descriptionChanged FINAL)
     Q_PROPERTY(int role READ role WRITE setRole NOTIFY roleChanged FINAL)
     Q_PROPERTY(QString help READ help WRITE setHelp NOTIFY helpChanged FINAL)
     Q_PROPERTY(bool hovered READ isHovered NOTIFY hoveredChanged FINAL)
@@ -26,8 +26,7 @@ class DSPressable : public QQuickItem {
     Q_PROPERTY(bool takesFocus READ takesFocus WRITE setTakesFocus NOTIFY takesFocusChanged FINAL)
     Q_PROPERTY(Qt::FocusReason focusReason READ focusReason NOTIFY focusReasonChanged FINAL)
     /// The inset of the focus mark; positive for controls that touch the window's edges.
-    Q_PROPERTY(
-        qreal focusInset READ focusInset WRITE setFocusInset NOTIFY focusInsetChanged FINAL)
+    Q_PROPERTY(qreal focusInset READ focusInset WRITE setFocusInset NOTIFY focusInsetChanged FINAL)
     Q_PROPERTY(qreal padding READ leftPadding WRITE setPadding NOTIFY paddingChanged FINAL)
     Q_PROPERTY(qreal leftPadding READ leftPadding WRITE setLeftPadding NOTIFY paddingChanged FINAL)
     Q_PROPERTY(

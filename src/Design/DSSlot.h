@@ -50,11 +50,11 @@ signals:
 protected:
     void componentComplete() override;
     void geometryChange(const QRectF &now, const QRectF &before) override;
+    virtual void takeWantedSize(); ///< when there is an item, and when it wants another size
 
 private:
     void make();
     void drop();
-    void takeWantedSize();
     void giveSize();
 
     QPointer<QQmlComponent> m_component;

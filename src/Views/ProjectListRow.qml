@@ -19,7 +19,7 @@ DSSlot {
 
     sourceComponent: [label, null, project, divider, discovered][root.kind]
     source: root.kind === ProjectListModel.EmptyState ? "NoProjects.qml" : ""
-    given: ({
+    given: root.source.toString() === "" ? ({}) : ({
             menu: root.menu
         })
 

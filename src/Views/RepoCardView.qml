@@ -10,50 +10,41 @@ Column {
 
     required property RepoCardViewModel card
     required property bool isExpanded
+    readonly property var given: ({
+            card: root.card
+        })
 
     signal toggleExpand
     signal openSong(repoName: string, filename: string)
 
-    DSSlot {
+    RepoHeadLine {
         width: root.width
-        active: !root.card.renamingProject
-        sourceComponent: headLine
+        visible: !root.card.renamingProject
+        name: root.card.name
+        metaLine: root.card.metaLine
+        changedText: root.card.changedText
+        isExpanded: root.isExpanded
+        onToggleExpand: root.toggleExpand()
+        onRename: root.card.startRenaming()
     }
     DSSlot {
         width: root.width
         active: root.card.renamingProject
         source: "ProjectRenaming.qml"
-        given: ({
-                card: root.card
-            })
+        given: root.given
     }
     DSReveal {
         id: inside
         width: root.width
         shown: root.isExpanded
         source: "RepoCardContent.qml"
-        given: ({
-                card: root.card
-            })
+        given: root.given
     }
     Connections {
         target: inside.item
         ignoreUnknownSignals: true
         function onOpenSong(repoName: string, filename: string): void {
             root.openSong(repoName, filename);
-        }
-    }
-
-    Component {
-        id: headLine
-
-        RepoHeadLine {
-            name: root.card.name
-            metaLine: root.card.metaLine
-            changedText: root.card.changedText
-            isExpanded: root.isExpanded
-            onToggleExpand: root.toggleExpand()
-            onRename: root.card.startRenaming()
         }
     }
 }
