@@ -37,6 +37,12 @@ DSPressable::DSPressable(QQuickItem *parent) : QQuickItem(parent), m_role(QAcces
     setAcceptedMouseButtons(Qt::LeftButton);
     setAcceptHoverEvents(true);
     setActiveFocusOnTab(true);
+}
+
+void DSPressable::classBegin()
+{
+    QQuickItem::classBegin();
+    // Not before: what is attached in the constructor is lost when the engine takes the item over.
     QQuickAccessibleAttached &attached = accessible(this);
     attached.setRole(QAccessible::Button);
     connect(&attached, &QQuickAccessibleAttached::pressAction, this, &DSPressable::clicked);
@@ -201,8 +207,9 @@ void DSPressable::layOut()
 
 void DSPressable::markFocus()
 {
-    const bool shown = m_takesFocus && hasActiveFocus() && m_focusReason != Qt::MouseFocusReason;
-    if (shown && m_focusMark == nullptr) {
+    const bool wasShown = m_isFocusShown;
+    m_isFocusShown = m_takesFocus && hasActiveFocus() && m_focusReason != Qt::MouseFocusReason;
+    if (m_isFocusShown && m_focusMark == nullptr) {
         m_focusMark = new DSBox(this);
         m_focusMark->setZ(1);
         m_focusMark->setRadius(kMarkRadius);
@@ -211,7 +218,10 @@ void DSPressable::markFocus()
         layOut();
     }
     if (m_focusMark != nullptr) {
-        m_focusMark->setVisible(shown);
+        m_focusMark->setVisible(m_isFocusShown);
+    }
+    if (m_isFocusShown != wasShown) {
+        emit focusShownChanged();
     }
 }
 

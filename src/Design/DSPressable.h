@@ -24,6 +24,7 @@ class DSPressable : public QQuickItem {
     Q_PROPERTY(bool hot READ isHot NOTIFY hotChanged FINAL)
     /// Whether a click or Tab gives it the keyboard.
     Q_PROPERTY(bool takesFocus READ takesFocus WRITE setTakesFocus NOTIFY takesFocusChanged FINAL)
+    Q_PROPERTY(bool focusShown READ isFocusShown NOTIFY focusShownChanged FINAL)
     Q_PROPERTY(Qt::FocusReason focusReason READ focusReason NOTIFY focusReasonChanged FINAL)
     /// The inset of the focus mark; positive for controls that touch the window's edges.
     Q_PROPERTY(qreal focusInset READ focusInset WRITE setFocusInset NOTIFY focusInsetChanged FINAL)
@@ -54,6 +55,7 @@ public:
     bool isHot() const { return m_isHovered && isEnabled(); }
     bool takesFocus() const { return m_takesFocus; }
     void setTakesFocus(bool takesFocus);
+    bool isFocusShown() const { return m_isFocusShown; }
     Qt::FocusReason focusReason() const { return m_focusReason; }
     qreal focusInset() const { return m_focusInset; }
     void setFocusInset(qreal inset);
@@ -80,6 +82,7 @@ signals:
     void hoveredChanged();
     void hotChanged();
     void takesFocusChanged();
+    void focusShownChanged();
     void focusReasonChanged();
     void focusInsetChanged();
     void paddingChanged();
@@ -87,6 +90,7 @@ signals:
     void backgroundChanged();
 
 protected:
+    void classBegin() override;
     void componentComplete() override;
     void geometryChange(const QRectF &now, const QRectF &before) override;
     void itemChange(ItemChange change, const ItemChangeData &value) override;
@@ -115,6 +119,7 @@ private:
     bool m_isHovered = false;
     bool m_isPressed = false;
     bool m_takesFocus = true;
+    bool m_isFocusShown = false;
     Qt::FocusReason m_focusReason = Qt::OtherFocusReason;
     qreal m_focusInset = -2;
     QMarginsF m_padding;

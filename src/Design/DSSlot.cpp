@@ -71,8 +71,8 @@ void DSSlot::make()
     if (component == nullptr) {
         return;
     }
-    QObject *object = component->beginCreate(m_loaded ? qmlContext(this)->engine()->rootContext()
-                                                      : component->creationContext());
+    QObject *object =
+        component->beginCreate(m_loaded ? qmlContext(this) : component->creationContext());
     m_item = qobject_cast<QQuickItem *>(object);
     if (object != nullptr && !m_given.isEmpty()) {
         component->setInitialProperties(object, m_given);

@@ -363,7 +363,7 @@ private slots:
         view.key(Qt::Key_Space);
         QCOMPARE(view.focusName(), u"Project name"_s);
         view.key(Qt::Key_Escape);
-        QCOMPARE(view.focusName(), u"Demo"_s);
+        QCOMPARE(view.focusName(), u"Rename project"_s);
     }
 
     void escapeOnTheSongPageClosesWhatIsOpenThereFirst()
