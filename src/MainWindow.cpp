@@ -8,6 +8,7 @@
 #include <QGuiApplication>
 #include <QQmlComponent>
 #include <QQmlEngine>
+#include <QQuickItem>
 #include <QScreen>
 
 using namespace std::chrono_literals;
@@ -16,7 +17,13 @@ namespace ostra {
 
 namespace {
 constexpr auto kDismissalGrace = 700ms; // a slow click
-constexpr auto kWindowUrl = "qrc:/qt/qml/Ostra/Views/OstraWindow.qml";
+constexpr auto kWindow = "OstraWindow.qml";
+constexpr auto kContent = "WindowContent.qml";
+
+QUrl urlOf(const char *file)
+{
+    return QUrl(QStringLiteral("qrc:/qt/qml/Ostra/Views/") + QString::fromLatin1(file));
+}
 } // namespace
 
 MainWindow::MainWindow(QQmlEngine &engine, DaemonState &daemon, FolderChooser &folderChooser,
@@ -26,41 +33,62 @@ MainWindow::MainWindow(QQmlEngine &engine, DaemonState &daemon, FolderChooser &f
 {
 }
 
-MainWindow::~MainWindow() = default;
+MainWindow::~MainWindow()
+{
+    delete m_content; // while it still has a window
+}
 
 void MainWindow::load()
 {
-    m_loading = std::make_unique<QQmlComponent>(&m_engine, QUrl(QString::fromLatin1(kWindowUrl)),
-                                                QQmlComponent::Asynchronous);
+    // The window first: it is needed first.
+    for (const char *file : {kWindow, kContent}) {
+        m_loading.push_back(
+            std::make_unique<QQmlComponent>(&m_engine, urlOf(file), QQmlComponent::Asynchronous));
+    }
 }
 
-void MainWindow::make()
+std::unique_ptr<QObject> MainWindow::create(const char *file, const QVariantMap &properties)
 {
     // Where loading has begun, this waits for the rest of it.
-    QQmlComponent component(&m_engine, QUrl(QString::fromLatin1(kWindowUrl)));
-    m_loading.reset();
+    QQmlComponent component(&m_engine, urlOf(file));
     if (!component.isReady()) {
         // The views are compiled into the program: without them there is nothing to run.
         qFatal("the window cannot be made: %s", qPrintable(component.errorString()));
     }
-    std::unique_ptr<QObject> object(component.createWithInitialProperties(
-        {{QStringLiteral("daemon"), QVariant::fromValue(&m_daemon)},
-         {QStringLiteral("versionText"), m_versionText}}));
+    return std::unique_ptr<QObject>(component.createWithInitialProperties(properties));
+}
+
+void MainWindow::make()
+{
+    std::unique_ptr<QObject> object = create(kWindow);
     Q_ASSERT(qobject_cast<QQuickWindow *>(object.get()));
     m_window.reset(static_cast<QQuickWindow *>(object.release()));
     m_window->installEventFilter(this);
     // Scene graph resources are small in software; keeping them makes reopening instant.
     m_window->setPersistentSceneGraph(true);
-    // Signals that QML declares can be named by strings only.
-    connect(m_window.get(), SIGNAL(closeRequested()), this, SLOT(close()));
-    connect(m_window.get(), SIGNAL(guideRequested()), this, SIGNAL(guideRequested()));
-    connect(m_window.get(), SIGNAL(rescanRequested()), this, SIGNAL(rescanRequested()));
     connect(m_window.get(), &QWindow::activeChanged, this, &MainWindow::dismissWhenLeft);
     connect(m_window.get(), &QWindow::heightChanged, this, &MainWindow::keepBesideItem);
+    applyMode();
+}
+
+void MainWindow::fill()
+{
+    m_content = qobject_cast<QQuickItem *>(
+        create(kContent, {{QStringLiteral("parent"), QVariant::fromValue(m_window->contentItem())},
+                          {QStringLiteral("daemon"), QVariant::fromValue(&m_daemon)},
+                          {QStringLiteral("versionText"), m_versionText}})
+            .release());
+    Q_ASSERT(m_content);
+    m_content->setParent(m_window.get());
+    m_window->setProperty("content", QVariant::fromValue(m_content));
+    m_loading.clear();
+    // Signals that QML declares can be named by strings only.
+    connect(m_content, SIGNAL(closeRequested()), this, SLOT(close()));
+    connect(m_content, SIGNAL(guideRequested()), this, SIGNAL(guideRequested()));
+    connect(m_content, SIGNAL(rescanRequested()), this, SIGNAL(rescanRequested()));
     // The dialog's desktop knows windows of X11 by number, and no others.
     const bool isX11 = QGuiApplication::platformName() == u"xcb";
     view()->setFolderChooser(&m_folderChooser, isX11 ? m_window->winId() : 0);
-    applyMode();
 }
 
 void MainWindow::setMode(Mode mode)
@@ -102,14 +130,22 @@ void MainWindow::show(const QRect &item, const QByteArray &activationToken)
         make();
     }
     m_item = item;
-    if (!m_window->isVisible()) {
-        view()->resetToTop();
-        keepBesideItem();
-    }
     // Where Qt's Wayland platform reads it, and where its status notifier puts the host's own.
     constexpr auto kActivationToken = "XDG_ACTIVATION_TOKEN";
     if (!activationToken.isEmpty()) {
         qputenv(kActivationToken, activationToken);
+    }
+    if (!m_window->isVisible()) {
+        if (m_mode == Mode::ordinary) {
+            map();
+        }
+        if (m_content == nullptr) {
+            // The service can answer while the content is made; the first frame then shows it.
+            QCoreApplication::sendPostedEvents();
+            fill();
+        }
+        view()->resetToTop();
+        keepBesideItem();
     }
     map();
     m_window->raise();
@@ -163,7 +199,7 @@ void MainWindow::showSettings()
 
 MenuBarViewModel *MainWindow::view() const
 {
-    return m_window->property("navigation").value<MenuBarViewModel *>();
+    return m_content->property("navigation").value<MenuBarViewModel *>();
 }
 
 void MainWindow::dismissWhenLeft()

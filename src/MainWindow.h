@@ -4,8 +4,10 @@
 #include <QObject>
 #include <QQuickWindow>
 #include <QRect>
+#include <QVariantMap>
 
 #include <memory>
+#include <vector>
 
 class QQmlComponent;
 class QQmlEngine;
@@ -60,7 +62,9 @@ private slots:
 
 private:
     bool eventFilter(QObject *watched, QEvent *event) override;
+    std::unique_ptr<QObject> create(const char *file, const QVariantMap &properties = {});
     void make();
+    void fill();
     void applyMode();
     void map();
     void keepBesideItem();
@@ -71,8 +75,9 @@ private:
     DaemonState &m_daemon;
     FolderChooser &m_folderChooser;
     QString m_versionText;
-    std::unique_ptr<QQmlComponent> m_loading; ///< at most until the window is made
+    std::vector<std::unique_ptr<QQmlComponent>> m_loading; ///< at most until it is shown
     std::unique_ptr<QQuickWindow> m_window;
+    QQuickItem *m_content = nullptr; ///< made when it is first shown; the window owns it
     QRect m_item;
     QElapsedTimer m_sinceDismissal;
     Mode m_mode = Mode::ordinary;

@@ -39,11 +39,6 @@ FocusScope {
     focus: true
     Keys.onEscapePressed: event => event.accepted = menu.escape()
 
-    MenuBarViewModel {
-        id: menu
-        daemon: root.daemon
-        shown: root.Window.visibility !== Window.Hidden
-    }
     FocusKeeper {
         scope: root
     }
@@ -132,5 +127,11 @@ FocusScope {
             detailText: menu.footerText
             versionText: root.versionText
         }
+    }
+    // Last, so that it outlives what shows it.
+    MenuBarViewModel {
+        id: menu
+        daemon: root.daemon
+        shown: root.Window.visibility !== Window.Hidden
     }
 }
