@@ -1,5 +1,6 @@
 #include "App.h"
 
+#include "Design/FontRegistration.h"
 #include "Platform/Installation.h"
 #include "Platform/SystemFolderChooser.h"
 #include "Platform/SystemHostApplications.h"
@@ -20,29 +21,31 @@ bool isWayland()
 {
     return QGuiApplication::platformName().startsWith(u"wayland");
 }
+
+MainWindow::Loading beginLoading(QQmlEngine &engine, bool windowIsWanted)
+{
+    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+    return windowIsWanted ? MainWindow::beginLoading(engine) : MainWindow::Loading();
+}
 } // namespace
 
 App::App(const CommandLine &commandLine, const QString &homePath)
-    : m_commandLine(commandLine), m_host(makeSystemHostApplications(m_scheduler)),
-      m_folderChooser(makeSystemFolderChooser()), m_trays(TrayWatcher::make()),
-      m_daemon({.scheduler = m_scheduler,
-                .launcher = m_launcher,
-                .host = *m_host,
-                .homePath = homePath,
-                .helpersPath = Installation::helpersPath(),
-                .terminateApplication =
-                    [] {
-                        QCoreApplication::exit(0);
-                    }}),
+    : m_commandLine(commandLine), m_loading(beginLoading(m_engine, commandLine.show)),
+      m_host(makeSystemHostApplications(m_scheduler)), m_folderChooser(makeSystemFolderChooser()),
+      m_trays(TrayWatcher::make()), m_daemon({.scheduler = m_scheduler,
+                                              .launcher = m_launcher,
+                                              .host = *m_host,
+                                              .homePath = homePath,
+                                              .helpersPath = Installation::helpersPath(),
+                                              .terminateApplication =
+                                                  [] {
+                                                      QCoreApplication::exit(0);
+                                                  }}),
       m_window(m_engine, m_daemon, *m_folderChooser,
                ProjectTexts::versionText(QCoreApplication::applicationVersion())),
       m_item(m_daemon, *m_trays)
 {
-    m_engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
-    if (m_commandLine.show) {
-        m_window.load();
-    }
-
+    registerBundledFonts();
     connect(m_trays.get(), &TrayWatcher::trayChanged, this, &App::takePlace);
     connect(&m_item, &MenubarItem::toggleRequested, this, &App::toggleWindow);
     connect(&m_item, &MenubarItem::openRequested, this, [this] { showWindow(); });

@@ -41,13 +41,14 @@ private:
     QCoro::Task<> openGuide();
 
     CommandLine m_commandLine;
+    QQmlEngine m_engine;
+    MainWindow::Loading m_loading; ///< goes on beside all that follows
     SystemScheduler m_scheduler;
     DetachedProcessLauncher m_launcher;
     std::unique_ptr<HostApplications> m_host;
     std::unique_ptr<FolderChooser> m_folderChooser;
     std::unique_ptr<TrayWatcher> m_trays;
     DaemonState m_daemon;
-    QQmlEngine m_engine;
     MainWindow m_window;
     MenubarItem m_item;
     QByteArray m_activationToken; ///< of this start, for its first window

@@ -38,13 +38,15 @@ MainWindow::~MainWindow()
     delete m_content; // while it still has a window
 }
 
-void MainWindow::load()
+MainWindow::Loading MainWindow::beginLoading(QQmlEngine &engine)
 {
+    Loading loading;
     // The window first: it is needed first.
     for (const char *file : {kWindow, kContent}) {
-        m_loading.push_back(
-            std::make_unique<QQmlComponent>(&m_engine, urlOf(file), QQmlComponent::Asynchronous));
+        loading.push_back(
+            std::make_unique<QQmlComponent>(&engine, urlOf(file), QQmlComponent::Asynchronous));
     }
+    return loading;
 }
 
 std::unique_ptr<QObject> MainWindow::create(const char *file, const QVariantMap &properties)
@@ -81,7 +83,6 @@ void MainWindow::fill()
     Q_ASSERT(m_content);
     m_content->setParent(m_window.get());
     m_window->setProperty("content", QVariant::fromValue(m_content));
-    m_loading.clear();
     // Signals that QML declares can be named by strings only.
     connect(m_content, SIGNAL(closeRequested()), this, SLOT(close()));
     connect(m_content, SIGNAL(guideRequested()), this, SIGNAL(guideRequested()));

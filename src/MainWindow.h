@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QObject>
+#include <QQmlComponent>
 #include <QQuickWindow>
 #include <QRect>
 #include <QVariantMap>
@@ -9,7 +10,6 @@
 #include <memory>
 #include <vector>
 
-class QQmlComponent;
 class QQmlEngine;
 
 namespace ostra {
@@ -28,14 +28,15 @@ class MainWindow : public QObject {
 public:
     enum class Mode { docked, ordinary };
 
+    using Loading = std::vector<std::unique_ptr<QQmlComponent>>;
+    /// Loads what the window is made of on the engine's own thread, while the result lives, beside
+    /// whatever else there is to do before the window is shown.
+    static Loading beginLoading(QQmlEngine &engine);
+
     /// All of these outlive the window.
     MainWindow(QQmlEngine &engine, DaemonState &daemon, FolderChooser &folderChooser,
                QString versionText, QObject *parent = nullptr);
     ~MainWindow() override;
-
-    /// Begins to load what the window is made of, beside whatever else there is to do before it is
-    /// shown.
-    void load();
 
     void setMode(Mode mode);
     Mode mode() const { return m_mode; }
@@ -75,7 +76,6 @@ private:
     DaemonState &m_daemon;
     FolderChooser &m_folderChooser;
     QString m_versionText;
-    std::vector<std::unique_ptr<QQmlComponent>> m_loading; ///< at most until it is shown
     std::unique_ptr<QQuickWindow> m_window;
     QQuickItem *m_content = nullptr; ///< made when it is first shown; the window owns it
     QRect m_item;

@@ -1,6 +1,4 @@
 #include "App.h"
-#include "Design/FontRegistration.h"
-#include "Platform/SystemFonts.h"
 #include "SingleInstance.h"
 
 #include <QApplication>
@@ -9,7 +7,6 @@
 #include <QtQml/qqmlextensionplugin.h>
 
 #include <cstdio>
-#include <future>
 
 Q_IMPORT_QML_PLUGIN(Ostra_CorePlugin)
 Q_IMPORT_QML_PLUGIN(Ostra_DesignPlugin)
@@ -32,7 +29,6 @@ int main(int argc, char *argv[])
         return commandLine.ending->exitCode;
     }
 
-    auto systemFonts = std::async(std::launch::async, readSystemFonts);
     // A window of this size needs no GPU: drawn in software it is up sooner and in less memory.
     if (!commandLine.gpu) {
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
@@ -58,8 +54,6 @@ int main(int argc, char *argv[])
     }
 
     App app(commandLine, QDir::homePath());
-    systemFonts.wait();
-    registerBundledFonts();
     QObject::connect(&instance, &SingleInstance::showRequested, &app, &App::showWindow);
     app.start(activationToken);
     return QApplication::exec();

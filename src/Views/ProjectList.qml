@@ -38,7 +38,7 @@ ListView {
     clip: true
     pixelAligned: true
     boundsBehavior: Flickable.StopAtBounds
-    cacheBuffer: 200
+    cacheBuffer: 60 // the next row, for the keyboard to go to
     model: root.menu.projects
     onContentHeightChanged: if (root.held)
         root.scrollTo(root.held.y - root.heldAt)

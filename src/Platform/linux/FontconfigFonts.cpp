@@ -1,8 +1,0 @@
-#include "Platform/SystemFonts.h"
-
-#include <fontconfig/fontconfig.h>
-
-void ostra::readSystemFonts()
-{
-    FcInit();
-}
