@@ -89,6 +89,18 @@ void DSPressable::setHelp(const QString &help)
     }
 }
 
+void DSPressable::setPosesHot(bool poses)
+{
+    m_posesHot = poses;
+    emit hotChanged();
+}
+
+void DSPressable::setPosesFocused(bool poses)
+{
+    m_posesFocused = poses;
+    markFocus();
+}
+
 void DSPressable::setTakesFocus(bool takesFocus)
 {
     if (m_takesFocus != takesFocus) {
@@ -208,7 +220,8 @@ void DSPressable::layOut()
 void DSPressable::markFocus()
 {
     const bool wasShown = m_isFocusShown;
-    m_isFocusShown = m_takesFocus && hasActiveFocus() && m_focusReason != Qt::MouseFocusReason;
+    m_isFocusShown = m_posesFocused ||
+                     (m_takesFocus && hasActiveFocus() && m_focusReason != Qt::MouseFocusReason);
     if (m_isFocusShown && m_focusMark == nullptr) {
         m_focusMark = new DSBox(this);
         m_focusMark->setZ(1);

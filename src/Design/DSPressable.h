@@ -22,6 +22,10 @@ class DSPressable : public QQuickItem {
     Q_PROPERTY(QString help READ help WRITE setHelp NOTIFY helpChanged FINAL)
     Q_PROPERTY(bool hovered READ isHovered NOTIFY hoveredChanged FINAL)
     Q_PROPERTY(bool hot READ isHot NOTIFY hotChanged FINAL)
+    /// Looks hovered, looks focused: for pictures.
+    Q_PROPERTY(bool posesHot READ posesHot WRITE setPosesHot NOTIFY hotChanged FINAL)
+    Q_PROPERTY(
+        bool posesFocused READ posesFocused WRITE setPosesFocused NOTIFY focusShownChanged FINAL)
     /// Whether a click or Tab gives it the keyboard.
     Q_PROPERTY(bool takesFocus READ takesFocus WRITE setTakesFocus NOTIFY takesFocusChanged FINAL)
     Q_PROPERTY(bool focusShown READ isFocusShown NOTIFY focusShownChanged FINAL)
@@ -52,7 +56,11 @@ public:
     QString help() const;
     void setHelp(const QString &help);
     bool isHovered() const { return m_isHovered; }
-    bool isHot() const { return m_isHovered && isEnabled(); }
+    bool isHot() const { return (m_isHovered || m_posesHot) && isEnabled(); }
+    bool posesHot() const { return m_posesHot; }
+    void setPosesHot(bool poses);
+    bool posesFocused() const { return m_posesFocused; }
+    void setPosesFocused(bool poses);
     bool takesFocus() const { return m_takesFocus; }
     void setTakesFocus(bool takesFocus);
     bool isFocusShown() const { return m_isFocusShown; }
@@ -117,6 +125,8 @@ private:
     QString m_description;
     int m_role;
     bool m_isHovered = false;
+    bool m_posesHot = false;
+    bool m_posesFocused = false;
     bool m_isPressed = false;
     bool m_takesFocus = true;
     bool m_isFocusShown = false;

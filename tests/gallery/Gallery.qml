@@ -48,12 +48,12 @@ Window {
                         DSButton {
                             title: "Hovered"
                             style: buttons.modelData
-                            hot: root.posing
+                            posesHot: root.posing
                         }
                         DSButton {
                             title: "Focused"
                             style: buttons.modelData
-                            focusShown: root.posing || visualFocus
+                            posesFocused: root.posing
                         }
                         DSButton {
                             title: "Disabled"
@@ -71,7 +71,7 @@ Window {
                     DSPlainButton {
                         title: "Switch"
                         help: "Switch to this variation"
-                        hot: root.posing
+                        posesHot: root.posing
                     }
                     DSPlainButton {
                         title: "Tick all"
@@ -101,12 +101,12 @@ Window {
                     DSIconButton {
                         symbol: "power"
                         help: "Quit OSTRA"
-                        hot: root.posing
+                        posesHot: root.posing
                     }
                     DSIconButton {
                         symbol: "chevron.left"
                         help: "Back"
-                        focusShown: root.posing || visualFocus
+                        posesFocused: root.posing
                     }
                     DSIconButton {
                         symbol: "checkmark"
@@ -198,7 +198,7 @@ Window {
                 DSCheckRow {
                     width: parent.width
                     title: "Lead: reverb removed"
-                    hot: root.posing
+                    posesHot: root.posing
                 }
                 DSCheckRow {
                     width: parent.width
@@ -428,8 +428,8 @@ Window {
                 DSRowButton {
                     width: parent.width
                     name: "Hovered row"
-                    hot: root.posing
-                    focusShown: root.posing || visualFocus
+                    posesHot: root.posing
+                    posesFocused: root.posing
                     contentItem: DSText {
                         text: "Hovered and focused row that is one button with a name too long"
                         decorative: true
