@@ -73,6 +73,9 @@ void waitFor(ViewFixture &view, const QByteArray &plan, const QString &command)
         std::make_unique<DaemonClient>(view.scheduler, view.service.socketPath()), &panel);
     daemon->start();
     until([&] { return daemon->connectionState() == DaemonState::ConnectionState::connected; });
+    const QCoro::Task<> refreshed = daemon->refreshAll();
+    until([&] { return refreshed.isReady(); });
+    panel.setVariations({{u"main"_s, true, {}}});
     panel.setDaemon(daemon);
     // Replies belong to requests by their order: nothing else may be under way any more. Only the
     // service knows of heads.
