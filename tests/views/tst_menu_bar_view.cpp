@@ -1,7 +1,9 @@
 #include "ViewFixture.h"
 #include "Views/MenuBarViewModel.h"
+#include "Views/RelativeClock.h"
 
 #include <QQuickItem>
+#include <QSignalSpy>
 #include <QTest>
 
 using namespace ostra;
@@ -364,6 +366,21 @@ private slots:
         QCOMPARE(view.focusName(), u"Project name"_s);
         view.key(Qt::Key_Escape);
         QCOMPARE(view.focusName(), u"Rename project"_s);
+    }
+
+    void agesAreWrittenAnewOnlyWhileTheWindowIsShown()
+    {
+        ViewFixture view;
+        view.setStatus({repo(u"Demo"_s, {SongJson{.filename = u"Mix.als"_s}})});
+        view.show();
+        const auto *clock = view.model()->findChild<RelativeClock *>();
+        QVERIFY(clock->isRunning());
+        view.view->hide();
+        QVERIFY(!clock->isRunning());
+        const QSignalSpy ticks(clock, &RelativeClock::tick);
+        view.view->show();
+        QVERIFY(clock->isRunning());
+        QCOMPARE(ticks.count(), 1); // for the time that passed unseen
     }
 
     void escapeOnTheSongPageClosesWhatIsOpenThereFirst()
