@@ -51,7 +51,7 @@ int main(int argc, char **argv)
 {
     ::umask(0077); // what is written is this user's
 #ifdef __GLIBC__
-    ::mallopt(M_ARENA_MAX, 1); // what one worker leaves free serves the others
+    ::mallopt(M_ARENA_MAX, 1);               // what one worker leaves free serves the others
     ::mallopt(M_MMAP_THRESHOLD, 128 * 1024); // sets and replies go back to the system at once
 #endif
     QCoreApplication app(argc, argv);

@@ -11,7 +11,7 @@ namespace ostra {
 /// Content that comes and goes with the panel animation: it fades while its place opens, and as a
 /// banner (`slides`) it moves in from its top edge. What is not shown does not exist. What is shown
 /// from the beginning is there at once. GUI thread.
-class DSReveal : public DSSlot {
+class DSReveal : public ostra::DSSlot {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(bool shown READ isShown WRITE setShown NOTIFY shownChanged FINAL)

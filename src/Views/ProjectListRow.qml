@@ -19,9 +19,9 @@ DSSlot {
 
     sourceComponent: [label, null, project, divider, discovered][root.kind]
     source: root.kind === ProjectListModel.EmptyState ? "NoProjects.qml" : ""
-    given: root.source.toString() === "" ? ({}) : ({
+    given: root.kind === ProjectListModel.EmptyState ? ({
             menu: root.menu
-        })
+        }) : ({})
 
     Component {
         id: label
