@@ -101,10 +101,29 @@ void DaemonClient::Context::routeLine(QByteArrayView text)
     Request request = std::move(m_pending.front());
     m_pending.pop_front();
     if (Decoded<IPCResponse> response = line.response()) {
+        if (auto *status = std::get_if<Reply::Status>(&*response)) {
+            shareKnownSongs(*status);
+        }
         Answer::resolve(request.waiter, std::move(*response));
     } else {
         Answer::resolve(request.waiter, tl::unexpected<Error>(response.error()));
     }
+}
+
+/// Songs that are as they were become the very list that they were: whoever looks for what has
+/// changed, on a thread with less time, is done with them at a glance.
+void DaemonClient::Context::shareKnownSongs(Reply::Status &status)
+{
+    QHash<QString, QList<FileState>> songs;
+    songs.reserve(status.repos.size());
+    for (RepoStatus &repo : status.repos) {
+        const auto known = m_songs.constFind(repo.path);
+        if (known != m_songs.cend() && *known == repo.fileStates) {
+            repo.fileStates = *known;
+        }
+        songs.insert(repo.path, repo.fileStates);
+    }
+    m_songs.swap(songs);
 }
 
 void DaemonClient::Context::send(const IPCCommand &command, Waiter waiter)

@@ -6,6 +6,7 @@
 #include "Mailbox.h"
 #include "Platform/Scheduler.h"
 
+#include <QHash>
 #include <QObject>
 
 #include <atomic>
@@ -52,6 +53,7 @@ private:
     void readUntilTheEnd(const Socket &socket);
     void handleChunk(const QByteArray &chunk, const Socket &from);
     void routeLine(QByteArrayView text);
+    void shareKnownSongs(Reply::Status &status);
     void handleDisconnect(const Socket &from);
     void tearDown();
     void failPendingAndReset();
@@ -71,7 +73,8 @@ private:
     /// before it, and a time-out fails them all.
     std::unique_ptr<Scheduler::Timer> m_timer;
     std::shared_ptr<EventStream::Channel> m_events;
-    quint64 m_attempt = 0; ///< the connect() that was last begun
+    QHash<QString, QList<FileState>> m_songs; ///< by project, of the last "status"
+    quint64 m_attempt = 0;                    ///< the connect() that was last begun
     std::atomic<quint64> m_attempts = 0;
     std::atomic<bool> m_connected = false;
     std::atomic<bool> m_stopping = false;

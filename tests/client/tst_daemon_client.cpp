@@ -71,6 +71,30 @@ private slots:
         QVERIFY(*send("pieces").wait() == IPCResponse(Reply::SongDeleted{u"Été 🎹.als"_s}));
     }
 
+    void songsThatAreAsTheyWereAreTheListThatTheyWere()
+    {
+        const auto reply = [](const QByteArray &song) {
+            return Answer::line(
+                R"({"type":"status","repos":[{"name":"A","path":"/A","current_branch":"main",)"
+                R"("head_commit":"a","head_message":"","is_dirty":false,"file_states":)"
+                R"([{"filename":")" +
+                song + R"(","branch":"main"}]}]})");
+        };
+        service->answer(u"status"_s, reply("one.als"));
+        QVERIFY(connect());
+        const auto songs = [this] {
+            const Answered answered = send("status").wait();
+            return std::get<Reply::Status>(*answered).repos.first().fileStates;
+        };
+        const QList<FileState> first = songs();
+        QVERIFY(songs().isSharedWith(first));
+        service->answer(u"status"_s, reply("two.als"));
+        const QList<FileState> changed = songs();
+        QCOMPARE(changed.first().filename, u"two.als"_s);
+        QCOMPARE(first.first().filename, u"one.als"_s);
+        QVERIFY(songs().isSharedWith(changed));
+    }
+
     void bytesAfterTheLastLineFeedWaitForTheNextChunk()
     {
         service->answerOnce(u"next"_s, Answer{.bytes = "{\"type\":\"ok\"}\n{\"type\":\"song_del"});
