@@ -52,7 +52,7 @@ Daemon::Start Daemon::start()
         respond(Reply::Ok{});
         QMetaObject::invokeMethod(this, &Daemon::shutDown, Qt::QueuedConnection);
     });
-    connect(m_projects.get(), &Projects::event, this, &Daemon::push);
+    connect(m_projects.get(), &Projects::eventHappened, this, &Daemon::push);
     connect(m_server.get(), &CommandServer::connected, this, &Daemon::unburden);
     m_projects->start();
     const QString socket = folder() + QLatin1String("/daemon.sock");

@@ -110,7 +110,10 @@ public:
     Outcome<void> abortMerge();
 
     /// The history for reading, valid after load().
-    const History &history() const { return *m_history; }
+    const History &history() const
+    {
+        return *m_history; // NOLINT(bugprone-unchecked-optional-access)
+    }
     ProjectSnapshot snapshot() const;
 
 private:

@@ -406,7 +406,7 @@ Projects::TrackedPtr Projects::add(const KnownProject &known)
                                       [this, weak](const Project::Save &save) {
                                           later([this, weak, save] {
                                               if (const auto strong = weak.lock()) {
-                                                  emit event(Event::SaveDetected{
+                                                  emit eventHappened(Event::SaveDetected{
                                                       strong->known.name, strong->known.path,
                                                       save.commit, save.deltaCount});
                                               }
@@ -776,7 +776,7 @@ void Projects::forgetDiscovered(const QString &path)
 void Projects::problem(const QString &message)
 {
     Log::warning(message);
-    emit event(Event::Error{message});
+    emit eventHappened(Event::Error{message});
 }
 
 void Projects::save()

@@ -65,7 +65,7 @@ public:
                                                     const Responder &respond) const;
 
 signals:
-    void event(const ostra::DaemonEvent &event);
+    void eventHappened(const ostra::DaemonEvent &event);
 
 private:
     struct Tracked;
