@@ -48,10 +48,11 @@ Daemon::Start Daemon::start()
         m_options.home, folder() + QLatin1String("/settings.json"), m_options.packAfterMs});
     m_server = std::make_unique<CommandServer>();
     addCommands(*m_server, *m_projects, *m_agent);
-    m_server->handle(QStringLiteral("shutdown"), [this](const IPCCommand &, Responder respond) {
-        respond(Reply::Ok{});
-        QMetaObject::invokeMethod(this, &Daemon::shutDown, Qt::QueuedConnection);
-    });
+    m_server->handle(QStringLiteral("shutdown"),
+                     [this](const IPCCommand &, const Responder &respond) {
+                         respond(Reply::Ok{});
+                         QMetaObject::invokeMethod(this, &Daemon::shutDown, Qt::QueuedConnection);
+                     });
     connect(m_projects.get(), &Projects::eventHappened, this, &Daemon::push);
     connect(m_server.get(), &CommandServer::connected, this, &Daemon::unburden);
     m_projects->start();

@@ -203,7 +203,7 @@ void Projects::answerWaiting()
     }
 }
 
-void Projects::rescan(Responder respond)
+void Projects::rescan(const Responder &respond)
 {
     m_waitingForScan.append(respond);
     QTimer::singleShot(kLongestScanReplyMs, this, [respond] { respond(Reply::Ok{}); });
@@ -222,7 +222,7 @@ void Projects::init(const QString &path, Responder respond)
     }
 }
 
-void Projects::addWatchPath(const QString &path, Responder respond)
+void Projects::addWatchPath(const QString &path, const Responder &respond)
 {
     const auto folder = checkedFolder(path);
     if (!folder || *folder == QLatin1String("/")) {
@@ -247,7 +247,7 @@ void Projects::addWatchPath(const QString &path, Responder respond)
         m_watch, [watch = m_watch, roots = m_settings.watchPaths] { watch->setRoots(roots); });
 }
 
-void Projects::removeWatchPath(const QString &path, Responder respond)
+void Projects::removeWatchPath(const QString &path, const Responder &respond)
 {
     const auto index = m_settings.watchPaths.indexOf(QDir::cleanPath(path));
     if (index < 0) {
@@ -280,7 +280,7 @@ void Projects::renameProject(const IPCCommand &command, Responder respond)
     });
 }
 
-void Projects::write(const IPCCommand &command, Responder respond, Write work)
+void Projects::write(const IPCCommand &command, const Responder &respond, Write work)
 {
     const TrackedPtr tracked = find(command);
     if (!tracked) {
@@ -303,7 +303,7 @@ void Projects::write(const IPCCommand &command, Responder respond, Write work)
     busy();
 }
 
-void Projects::read(const IPCCommand &command, Responder respond, Read work)
+void Projects::read(const IPCCommand &command, const Responder &respond, Read work)
 {
     postReading(
         command, respond,
@@ -315,7 +315,7 @@ void Projects::read(const IPCCommand &command, Responder respond, Read work)
         });
 }
 
-void Projects::think(const IPCCommand &command, Responder respond, ReadFirst work)
+void Projects::think(const IPCCommand &command, const Responder &respond, ReadFirst work)
 {
     postReading(
         command, respond,
@@ -424,16 +424,17 @@ Projects::TrackedPtr Projects::add(const KnownProject &known)
     return tracked;
 }
 
-void Projects::track(const QString &path, std::optional<Responder> respond)
+void Projects::track(const QString &path, const std::optional<Responder> &respond)
 {
     const TrackedPtr tracked =
         add({path, QString(), uniqueName(QFileInfo(path).fileName(), nullptr)});
     tracked->isNew = true;
     tracked->isHidden = true;
-    load(tracked, Origin::wanted, std::move(respond));
+    load(tracked, Origin::wanted, respond);
 }
 
-void Projects::load(const TrackedPtr &tracked, Origin origin, std::optional<Responder> respond)
+void Projects::load(const TrackedPtr &tracked, Origin origin,
+                    const std::optional<Responder> &respond)
 {
     tracked->isLoading = true;
     tracked->isAwake = true;

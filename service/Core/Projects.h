@@ -43,23 +43,23 @@ public:
 
     // Answers. All of them respond exactly once.
     void status(Responder respond);
-    void rescan(Responder respond);
+    void rescan(const Responder &respond);
     void init(const QString &path, Responder respond);
-    void addWatchPath(const QString &path, Responder respond);
-    void removeWatchPath(const QString &path, Responder respond);
+    void addWatchPath(const QString &path, const Responder &respond);
+    void removeWatchPath(const QString &path, const Responder &respond);
     void renameProject(const IPCCommand &command, Responder respond);
     QStringList watchPaths() const { return m_settings.watchPaths; }
 
     using Write = std::function<Outcome<IPCResponse>(Project &)>;
     using Read = std::function<Outcome<IPCResponse>(HistoryReader &, const SongSnapshot &)>;
     /// Runs on the project that the command names, after what was asked of it before.
-    void write(const IPCCommand &command, Responder respond, Write work);
+    void write(const IPCCommand &command, const Responder &respond, Write work);
     /// Runs on the song that the command names, without waiting for recordings.
-    void read(const IPCCommand &command, Responder respond, Read work);
+    void read(const IPCCommand &command, const Responder &respond, Read work);
     /// The same in two steps: reads what it needs, then thinks about it while others read.
     using Thought = std::function<IPCResponse()>;
     using ReadFirst = std::function<Outcome<Thought>(HistoryReader &, const SongSnapshot &)>;
-    void think(const IPCCommand &command, Responder respond, ReadFirst work);
+    void think(const IPCCommand &command, const Responder &respond, ReadFirst work);
     /// What is known of the project that the command names, or nothing after an error reply.
     std::shared_ptr<const ProjectSnapshot> snapshot(const IPCCommand &command,
                                                     const Responder &respond) const;
@@ -77,8 +77,8 @@ private:
     void postReading(const IPCCommand &command, const Responder &respond, Reading job);
     TrackedPtr at(const QString &path) const;
     TrackedPtr add(const KnownProject &known);
-    void track(const QString &path, std::optional<Responder> respond);
-    void load(const TrackedPtr &tracked, Origin origin, std::optional<Responder> respond);
+    void track(const QString &path, const std::optional<Responder> &respond);
+    void load(const TrackedPtr &tracked, Origin origin, const std::optional<Responder> &respond);
     void loaded(const TrackedPtr &tracked, const Outcome<void> &outcome,
                 const std::optional<Responder> &respond);
     bool isStarting() const;
