@@ -2,8 +2,6 @@
 
 #include "Design/DesignSystem.h"
 
-#include <QQmlEngine>
-
 #include <utility>
 
 namespace ostra {
@@ -19,10 +17,7 @@ DSReveal::~DSReveal() = default;
 
 int DSReveal::duration() const
 {
-    static const int tokens = qmlTypeId("Ostra.Design", 1, 0, "DS");
-    return m_duration >= 0
-               ? m_duration
-               : qmlEngine(this)->singletonInstance<DesignSystem *>(tokens)->anim()->panel();
+    return m_duration >= 0 ? m_duration : DesignSystem::of(this)->anim()->panel();
 }
 
 void DSReveal::setDuration(int milliseconds)

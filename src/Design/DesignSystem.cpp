@@ -4,6 +4,7 @@
 #include "Platform/DisplayPreferences.h"
 
 #include <QGuiApplication>
+#include <QQmlEngine>
 #include <QScreen>
 
 namespace ostra {
@@ -81,6 +82,12 @@ DesignSystem::DesignSystem(QObject *parent) : QObject(parent)
     };
     connect(preferences, &DisplayPreferences::changed, this, follow);
     follow();
+}
+
+DesignSystem *DesignSystem::of(const QObject *object)
+{
+    static const int tokens = qmlTypeId("Ostra.Design", 1, 0, "DS");
+    return qmlEngine(object)->singletonInstance<DesignSystem *>(tokens);
 }
 
 QFont DesignSystem::mono(qreal points, int weight, qreal letterSpacing) const

@@ -114,6 +114,9 @@ class DesignSystem : public QObject {
 public:
     explicit DesignSystem(QObject *parent = nullptr);
 
+    /// The tokens of the engine that `object` belongs to.
+    static DesignSystem *of(const QObject *object);
+
     DesignColors *color() { return &m_color; }
     DesignAnimations *anim() { return &m_anim; }
     bool reducedMotion() const { return m_anim.reducedMotion(); }

@@ -61,11 +61,7 @@ public:
     QQuickItem *subject() const { return m_window->property("subject").value<QQuickItem *>(); }
     QVariant get(const char *name) const { return subject()->property(name); }
     QQuickItem *part(const char *name) const { return get(name).value<QQuickItem *>(); }
-    ostra::DesignSystem *ds()
-    {
-        return m_engine.singletonInstance<ostra::DesignSystem *>(
-            qmlTypeId("Ostra.Design", 1, 0, "DS"));
-    }
+    ostra::DesignSystem *ds() { return ostra::DesignSystem::of(m_window.get()); }
     QPoint middle() const
     {
         return subject()->mapToScene({subject()->width() / 2, subject()->height() / 2}).toPoint();

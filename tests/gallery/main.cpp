@@ -60,8 +60,7 @@ int main(int argc, char *argv[])
         return 1;
     }
     if (parser.isSet(contrast)) {
-        engine.singletonInstance<ostra::DesignSystem *>(qmlTypeId("Ostra.Design", 1, 0, "DS"))
-            ->setHighContrast(true);
+        ostra::DesignSystem::of(engine.rootObjects().constFirst())->setHighContrast(true);
     }
     if (parser.isSet(shot)) {
         auto *window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());

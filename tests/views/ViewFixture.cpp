@@ -141,8 +141,7 @@ void ViewFixture::load(const QString &qmlFile, const QVariantMap &properties)
 
 void ViewFixture::setReducedMotion(bool reduced)
 {
-    const int tokens = qmlTypeId("Ostra.Design", 1, 0, "DS");
-    view->engine()->singletonInstance<DesignSystem *>(tokens)->setReducedMotion(reduced);
+    DesignSystem::of(view->rootObject())->setReducedMotion(reduced);
 }
 
 void ViewFixture::settle()
