@@ -53,6 +53,10 @@ ListView {
     ReadingOrder {
         container: root.contentItem
     }
+    RowMotion {
+        container: root.contentItem
+        model: root.menu.projects
+    }
     Connections {
         target: root.menu
         function onScrollToTopRequested(): void {
