@@ -24,13 +24,14 @@ DSBannerFrame {
     Row {
         id: buttons
         anchors.right: parent.right
-        anchors.rightMargin: DS.gutter - 5
+        anchors.rightMargin: DS.gutter
         anchors.verticalCenter: parent.verticalCenter
         spacing: 8
 
         DSIconButton {
             symbol: "checkmark"
             symbolSize: 12
+            lineWidth: 1.5
             color: DS.color.ink2
             help: "Relaunch now"
             onClicked: root.confirmed()
@@ -38,6 +39,7 @@ DSBannerFrame {
         DSIconButton {
             symbol: "xmark"
             symbolSize: 12
+            lineWidth: 1.5
             help: "Keep Ableton as it is"
             onClicked: root.declined()
         }

@@ -30,35 +30,37 @@ Column {
             name: root.displayName
             description: root.infoLine
             onClicked: root.open()
-        }
-        SongMark {
-            id: mark
-            x: 18
-            anchors.verticalCenter: parent.verticalCenter
-            changed: root.changed
-        }
-        Column {
-            id: words
-            anchors.left: mark.right
-            anchors.leftMargin: 15
-            anchors.right: parent.right
-            anchors.rightMargin: DS.gutter + (save.visible ? save.width + 8 : 0)
-            anchors.verticalCenter: parent.verticalCenter
-            spacing: 1
 
-            DSText {
-                width: parent.width
-                text: root.displayName
-                color: row.hot ? DS.color.ink : DS.color.ink2
-                decorative: true
+            // In the row, which stays lit under the pointer on the mark.
+            SongMark {
+                id: mark
+                x: 18
+                anchors.verticalCenter: parent.verticalCenter
+                changed: root.changed
             }
-            DSText {
-                width: parent.width
-                visible: text !== ""
-                text: root.infoLine
-                font: DS.mono(9)
-                color: DS.color.grey
-                decorative: true
+            Column {
+                id: words
+                anchors.left: mark.right
+                anchors.leftMargin: 15
+                anchors.right: parent.right
+                anchors.rightMargin: DS.gutter + (save.visible ? save.width + 8 : 0)
+                anchors.verticalCenter: parent.verticalCenter
+                spacing: 1
+
+                DSText {
+                    width: parent.width
+                    text: root.displayName
+                    color: row.hot ? DS.color.ink : DS.color.ink2
+                    decorative: true
+                }
+                DSText {
+                    width: parent.width
+                    visible: text !== ""
+                    text: root.infoLine
+                    font: DS.mono(9)
+                    color: DS.color.grey
+                    decorative: true
+                }
             }
         }
         DSButton {
@@ -69,8 +71,6 @@ Column {
             visible: root.changed && !root.isNaming
             title: "Save"
             style: DSButton.Ghost
-            topPadding: 4
-            bottomPadding: 4
             onClicked: root.saveVersion()
         }
     }

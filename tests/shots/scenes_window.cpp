@@ -44,9 +44,9 @@ const Scene kNotice(u"window-ableton-notice"_s, [](ViewFixture &view) {
     view.daemon->noteAbletonIfRunning(u"Night Drive"_s, u"Night Drive.als"_s);
 });
 
-const Scene kConnecting(u"window-connecting"_s, [](ViewFixture &view) {
+const Scene kNeverConnected(u"window-offline-empty"_s, [](ViewFixture &view) {
     view.showOffline();
-    view.service.start();
+    view.loseService();
 });
 
 } // namespace

@@ -12,6 +12,8 @@ DSPressable {
     /// The side of the frame, which is the hit area.
     property real size: 24
     property color color: DS.color.grey
+    /// In points; 0 takes the symbol's own.
+    property alias lineWidth: drawing.lineWidth
     readonly property color tint: root.hot ? DS.color.ink : root.color
 
     name: root.help
@@ -19,6 +21,7 @@ DSPressable {
     focusInset: 0
 
     contentItem: DSSymbol {
+        id: drawing
         symbol: root.symbol
         size: root.symbolSize
         color: root.tint
