@@ -137,22 +137,19 @@ Outcome<void> Project::keepOrFail(const QString &file)
 Outcome<Project::Recorded> Project::recordImage(const QString &file, const SetImage &image,
                                                 const FileStamp &stamp)
 {
-    const auto tree = m_history->store(image);
-    if (!tree) {
-        return tl::unexpected(tree.error());
-    }
+    const ObjectId tree = m_history->store(image);
     if (!m_songs.contains(file)) {
-        if (const auto adopted = adopt(file, *tree); !adopted) {
+        if (const auto adopted = adopt(file, tree); !adopted) {
             return tl::unexpected(adopted.error());
         }
     }
     Song &song = m_songs[file];
     const bool isFirst = song.variations.isEmpty();
-    const bool isNew = isFirst || song.tip.tree != *tree;
+    const bool isNew = isFirst || song.tip.tree != tree;
     SaveSummary summary;
     if (isNew) {
-        CommitDraft draft{*tree, {}, summary.message, std::min(stamp.modifiedSeconds(), now()),
-                          {},    {}};
+        CommitDraft draft{tree, {}, summary.message, std::min(stamp.modifiedSeconds(), now()),
+                          {},   {}};
         if (!image.isWhole()) {
             draft.message = QStringLiteral("Kept a file that is not a whole set");
         }

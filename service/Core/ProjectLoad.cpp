@@ -210,8 +210,7 @@ void Project::finishRewrites()
         if (!commit || !bytes || !isOwnFile(rewrite.file)) {
             continue;
         }
-        const auto tree = m_history->store(readImage(std::move(*bytes)));
-        if (!tree || *tree != commit->tree) {
+        if (m_history->store(readImage(std::move(*bytes))) != commit->tree) {
             continue;
         }
         if (moveHead(rewrite)) {

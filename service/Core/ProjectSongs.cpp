@@ -266,13 +266,10 @@ Outcome<void> Project::applyMerge(const QString &file, const QString &from,
         return failure(QStringLiteral(
             "The song has changed since this merge was planned. Plan the merge again."));
     }
-    const auto tree = m_history->store(image);
-    if (!tree) {
-        return tl::unexpected(tree.error());
-    }
+    const ObjectId tree = m_history->store(image);
     const auto hash = QCryptographicHash::hash(merged, QCryptographicHash::Sha256).toHex();
     const auto commit = m_history->commit(
-        {*tree, {m_songs[file].tip.id, otherTip}, message, now(), hash, std::nullopt});
+        {tree, {m_songs[file].tip.id, otherTip}, message, now(), hash, std::nullopt});
     if (!commit) {
         return tl::unexpected(commit.error());
     }

@@ -128,6 +128,25 @@ void appendLittleEndian(QByteArray &bytes, quint32 value)
     }
 }
 
+void deflateOnto(QByteArray &file, QByteArrayView xml, int memoryLevel)
+{
+    z_stream stream{};
+    if (deflateInit2(&stream, kLiveLevel, Z_DEFLATED, -MAX_WBITS, memoryLevel,
+                     Z_DEFAULT_STRATEGY) != Z_OK) {
+        qFatal("no memory to compress a set");
+    }
+    stream.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(xml.data())); // zlib only reads
+    stream.avail_in = static_cast<uInt>(xml.size());
+
+    const auto start = file.size();
+    file.resize(start + static_cast<qsizetype>(deflateBound(&stream, xml.size())));
+    stream.next_out = reinterpret_cast<Bytef *>(file.data()) + start;
+    stream.avail_out = static_cast<uInt>(file.size() - start);
+    deflate(&stream, Z_FINISH);
+    file.truncate(start + static_cast<qsizetype>(stream.total_out));
+    deflateEnd(&stream);
+}
+
 } // namespace
 
 SetResult<UnpackedSet> unpackSet(QByteArrayView file)
@@ -158,23 +177,8 @@ QByteArray packSet(QByteArrayView xml, const Container &container)
     if (!container.isGzip()) {
         return xml.toByteArray();
     }
-    z_stream stream{};
-    if (deflateInit2(&stream, kLiveLevel, Z_DEFLATED, -MAX_WBITS, container.memoryLevel,
-                     Z_DEFAULT_STRATEGY) != Z_OK) {
-        qFatal("no memory to compress a set");
-    }
-    stream.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(xml.data())); // zlib only reads
-    stream.avail_in = static_cast<uInt>(xml.size());
-
     QByteArray file = container.gzipHeader;
-    const auto header = file.size();
-    file.resize(header + static_cast<qsizetype>(deflateBound(&stream, xml.size())));
-    stream.next_out = reinterpret_cast<Bytef *>(file.data()) + header;
-    stream.avail_out = static_cast<uInt>(file.size() - header);
-    deflate(&stream, Z_FINISH);
-    file.truncate(header + static_cast<qsizetype>(stream.total_out));
-    deflateEnd(&stream);
-
+    deflateOnto(file, xml, container.memoryLevel);
     const auto checksum =
         crc32(0, reinterpret_cast<const Bytef *>(xml.data()), static_cast<uInt>(xml.size()));
     appendLittleEndian(file, static_cast<quint32>(checksum));
@@ -188,9 +192,14 @@ std::optional<Container> exactContainer(QByteArrayView file, const UnpackedSet &
     if (!container.isGzip()) {
         return container;
     }
+    // The checksum and the size that follow were compared when the file was read.
+    constexpr qsizetype kTrailer = 8;
+    const auto stream = file.sliced(container.gzipHeader.size()).chopped(kTrailer);
     for (const int memoryLevel : std::array{9, 8}) {
         container.memoryLevel = memoryLevel;
-        if (packSet(unpacked.xml, container) == file) {
+        QByteArray again;
+        deflateOnto(again, unpacked.xml, memoryLevel);
+        if (again == stream) {
             return container;
         }
     }

@@ -12,6 +12,8 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <utility>
+#include <vector>
 #ifdef Q_OS_LINUX
 #include <linux/fs.h>
 #include <sys/syscall.h>
@@ -40,6 +42,12 @@ class Descriptor {
 public:
     explicit Descriptor(int fd) : m_fd(fd) {}
     ~Descriptor() { close(); }
+    Descriptor(Descriptor &&other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
+    Descriptor &operator=(Descriptor &&other) noexcept
+    {
+        std::swap(m_fd, other.m_fd);
+        return *this;
+    }
     Descriptor(const Descriptor &) = delete;
     Descriptor &operator=(const Descriptor &) = delete;
 
@@ -83,27 +91,74 @@ QString resolved(const QString &path)
     return real.isEmpty() ? path : real;
 }
 
-/// A complete file beside `path`, on the disk, with the mode of `path`.
-Outcome<QString> writeBeside(const QString &path, QByteArrayView content)
-{
-    const QByteArray folder = QFile::encodeName(QFileInfo(path).absolutePath());
-    QByteArray name =
-        folder + '/' + kTemporaryPrefix.latin1() + "XXXXXX" + kTemporarySuffix.latin1();
-    Descriptor file(::mkstemps(name.data(), static_cast<int>(kTemporarySuffix.size())));
-    if (!file.isOpen()) {
-        return notWritten(path);
+/// A file that is being written beside the one it will take the place of. Gone again unless it was
+/// renamed or released.
+class FileBeside {
+public:
+    explicit FileBeside(QString path) : m_path(std::move(path)) {}
+    ~FileBeside()
+    {
+        if (!m_name.isEmpty()) {
+            ::unlink(m_name.constData());
+        }
     }
-    struct stat old {};
-    const bool replaces = ::stat(QFile::encodeName(path).constData(), &old) == 0;
-    // A file system without permissions refuses; there is nothing to keep then.
-    (void)::fchmod(file.get(), replaces ? old.st_mode & 07777 : 0644);
-    if (!writeAll(file.get(), content) || !syncFile(file.get()) || !file.close()) {
-        const auto failed = notWritten(path);
-        ::unlink(name.constData());
-        return failed;
+    FileBeside(FileBeside &&) noexcept = default;
+    FileBeside &operator=(FileBeside &&) = delete;
+    FileBeside(const FileBeside &) = delete;
+    FileBeside &operator=(const FileBeside &) = delete;
+
+    QString folder() const { return QFileInfo(m_path).absolutePath(); }
+    const QByteArray &name() const { return m_name; }
+
+    /// With the mode of the file that it will replace.
+    Outcome<void> write(QByteArrayView content)
+    {
+        QByteArray name = QFile::encodeName(folder()) + '/' + kTemporaryPrefix.latin1() + "XXXXXX" +
+                          kTemporarySuffix.latin1();
+        m_file = Descriptor(::mkstemps(name.data(), static_cast<int>(kTemporarySuffix.size())));
+        if (!m_file.isOpen()) {
+            return notWritten(m_path);
+        }
+        m_name = name;
+        struct stat old {};
+        const bool replaces = ::stat(QFile::encodeName(m_path).constData(), &old) == 0;
+        // A file system without permissions refuses; there is nothing to keep then.
+        (void)::fchmod(m_file.get(), replaces ? old.st_mode & 07777 : 0644);
+        if (!writeAll(m_file.get(), content)) {
+            return notWritten(m_path);
+        }
+#ifdef Q_OS_LINUX
+        // What is on its way already need not be waited for one after the other.
+        (void)::sync_file_range(m_file.get(), 0, 0, SYNC_FILE_RANGE_WRITE);
+#endif
+        return {};
     }
-    return QFile::decodeName(name);
-}
+
+    /// Brings it to the disk.
+    Outcome<void> finish()
+    {
+        return syncFile(m_file.get()) && m_file.close() ? Outcome<void>() : notWritten(m_path);
+    }
+
+    Outcome<void> rename()
+    {
+        if (::rename(m_name.constData(), QFile::encodeName(m_path).constData()) != 0) {
+            return notWritten(m_path);
+        }
+        m_name.clear();
+        return {};
+    }
+
+    QByteArray release()
+    {
+        return std::exchange(m_name, {});
+    }
+
+private:
+    QString m_path;
+    QByteArray m_name;
+    Descriptor m_file{-1};
+};
 
 /// Swaps two names of one folder in one step; false where the system cannot.
 bool swapNames(const QByteArray &a, const QByteArray &b)
@@ -149,40 +204,57 @@ Outcome<QByteArray> readWholeFile(const QString &path)
     return content;
 }
 
+Outcome<void> writeFiles(const QList<NewFile> &files)
+{
+    std::vector<FileBeside> besides;
+    QStringList folders; // whose entries change
+    for (const NewFile &file : files) {
+        auto &beside = besides.emplace_back(file.path);
+        const QString folder = beside.folder();
+        if (!folders.contains(folder) && !QDir(folder).exists()) {
+            QDir().mkpath(folder);
+            folders << QFileInfo(folder).absolutePath();
+        }
+        folders << folder;
+        if (const auto written = beside.write(file.content); !written) {
+            return written;
+        }
+    }
+    for (const auto step : {&FileBeside::finish, &FileBeside::rename}) {
+        for (FileBeside &beside : besides) {
+            if (const auto done = (beside.*step)(); !done) {
+                return done;
+            }
+        }
+    }
+    folders.removeDuplicates();
+    for (const QString &folder : folders) {
+        syncFolder(folder);
+    }
+    return {};
+}
+
 Outcome<void> replaceFile(const QString &path, QByteArrayView content)
 {
-    const QString target = resolved(path);
-    const auto temporary = writeBeside(target, content);
-    if (!temporary) {
-        return tl::unexpected(temporary.error());
-    }
-    const QByteArray from = QFile::encodeName(*temporary);
-    if (::rename(from.constData(), QFile::encodeName(target).constData()) != 0) {
-        const auto failed = notWritten(path);
-        ::unlink(from.constData());
-        return failed;
-    }
-    syncFolder(QFileInfo(target).absolutePath());
-    return {};
+    return writeFiles({{resolved(path), content.toByteArray()}});
 }
 
 Outcome<ReplacedFile> replaceKeepingPrevious(const QString &path, QByteArrayView content)
 {
     const QString target = resolved(path);
-    auto temporary = writeBeside(target, content);
-    if (!temporary) {
-        return tl::unexpected(temporary.error());
+    FileBeside beside(target);
+    const auto written = beside.write(content).and_then([&] { return beside.finish(); });
+    if (!written) {
+        return tl::unexpected(written.error());
     }
-    ReplacedFile replaced{stampOf(*temporary), stampOf(target), {}};
-    const QByteArray from = QFile::encodeName(*temporary);
-    const QByteArray to = QFile::encodeName(target);
-    if (replaced.previous.exists() && swapNames(from, to)) {
-        replaced.previous = stampOf(*temporary);
-        replaced.previousAsPath = *temporary;
-    } else if (::rename(from.constData(), to.constData()) != 0) {
-        const auto failed = notWritten(path);
-        ::unlink(from.constData());
-        return failed;
+    const QString temporary = QFile::decodeName(beside.name());
+    ReplacedFile replaced{stampOf(temporary), stampOf(target), {}};
+    if (replaced.previous.exists() && swapNames(beside.name(), QFile::encodeName(target))) {
+        beside.release();
+        replaced.previous = stampOf(temporary);
+        replaced.previousAsPath = temporary;
+    } else if (const auto renamed = beside.rename(); !renamed) {
+        return tl::unexpected(renamed.error());
     }
     syncFolder(QFileInfo(target).absolutePath());
     return replaced;

@@ -2,7 +2,8 @@
 
 #include "Store/Failure.h"
 
-#include <QByteArrayView>
+#include <QByteArray>
+#include <QList>
 #include <QString>
 
 /// Files that are replaced as a whole or not at all, also when the power fails. Thread-safe as
@@ -24,6 +25,15 @@ FileStamp stampOf(const QString &path);
 
 /// The whole file. Fails with the reason of the operating system.
 Outcome<QByteArray> readWholeFile(const QString &path);
+
+struct NewFile {
+    QString path;
+    QByteArray content;
+};
+
+/// Writes several files together, each as replaceFile() does: that waits for the disk hardly longer
+/// than for one. Missing folders are made. On failure some of them may have been written.
+Outcome<void> writeFiles(const QList<NewFile> &files);
 
 /// Writes a temporary file in the same folder, brings it to the disk and renames it over `path`.
 /// The mode of a file that stood there is kept. On failure `path` is untouched.

@@ -2,7 +2,7 @@
 
 #include "Store/AtomicFile.h"
 #include "Store/Git.h"
-#include "Store/LooseBlob.h"
+#include "Store/LooseObject.h"
 #include "Store/RefName.h"
 
 #include <QCryptographicHash>
@@ -123,17 +123,6 @@ std::optional<CommitInfo> readCommit(const ObjectId &id, QByteArrayView raw)
     return hasTree ? std::optional(std::move(info)) : std::nullopt;
 }
 
-/// libgit2 looks for forged collisions while it hashes, which takes several times as long.
-ObjectId blobId(const QByteArray &content)
-{
-    QCryptographicHash hash(QCryptographicHash::Sha1);
-    hash.addData(loosePrefix(content.size()));
-    hash.addData(content);
-    ObjectId id;
-    std::ranges::copy(hash.result(), id.bytes.begin());
-    return id;
-}
-
 QByteArray signature(qint64 time)
 {
     return "Ostra <ostra@localhost> " + QByteArray::number(std::max<qint64>(time, 0)) + " +0000";
@@ -230,6 +219,7 @@ struct History::Private {
     QString folder;
     GitRepository opened; ///< when it is not resting
     GitOdb objects;
+    QList<NewFile> staged; ///< objects that are not on the disk yet
 
     Outcome<void> open()
     {
@@ -257,45 +247,68 @@ struct History::Private {
 
     git_odb *odb() { return objects || open() ? objects.get() : nullptr; }
 
-    Outcome<ObjectId> writeObject(QByteArrayView content, git_object_t type)
+    /// An object that the history holds already costs nothing.
+    bool isNew(const ObjectId &id)
     {
-        git_oid oid;
-        if (git_odb_write(&oid, odb(), content.data(), static_cast<size_t>(content.size()), type) !=
-            0) {
-            return gitFailure(kNotWritten);
-        }
-        return fromGit(oid);
+        const git_oid oid = toGit(id);
+        return git_odb_exists_ext(odb(), &oid, GIT_ODB_LOOKUP_NO_REFRESH) == 0;
     }
 
-    Outcome<ObjectId> writeXml(const SetImage &image)
+    void stage(const ObjectId &id, QByteArray file)
     {
-        const QByteArray &xml = image.set->xml;
-        if (!image.exact->isGzip()) {
-            return writeObject(xml, GIT_OBJECT_BLOB);
-        }
-        const ObjectId id = blobId(xml);
-        const git_oid oid = toGit(id);
-        if (git_odb_exists(odb(), &oid) == 0) {
-            constexpr qsizetype kTrailer = 8; // checksum and size
-            const auto header = image.exact->gzipHeader.size();
-            const auto deflated = QByteArrayView(image.bytes).sliced(header).chopped(kTrailer);
-            const auto written =
-                writeLooseBlob(folder + QStringLiteral("/objects"), id.hex(), xml, deflated);
-            if (!written) {
-                return tl::unexpected(written.error());
-            }
+        const QString hex = id.hex();
+        staged.append({folder + QLatin1String("/objects/") + hex.first(2) + u'/' + hex.sliced(2),
+                       std::move(file)});
+    }
+
+    /// Kept by the next flush().
+    ObjectId add(QByteArrayView type, QByteArrayView content)
+    {
+        const ObjectId id = looseId(type, content);
+        if (isNew(id)) {
+            stage(id, looseFile(type, content));
         }
         return id;
     }
 
-    Outcome<ObjectId> writeTree(const QList<std::pair<QByteArray, ObjectId>> &entries)
+    ObjectId addXml(const SetImage &image)
+    {
+        const QByteArray &xml = image.set->xml;
+        if (!image.exact->isGzip()) {
+            return add("blob", xml);
+        }
+        const ObjectId id = looseId("blob", xml);
+        if (isNew(id)) {
+            constexpr qsizetype kTrailer = 8; // checksum and size
+            const auto header = image.exact->gzipHeader.size();
+            const auto deflated = QByteArrayView(image.bytes).sliced(header).chopped(kTrailer);
+            stage(id, looseBlobFile(xml, deflated));
+        }
+        return id;
+    }
+
+    ObjectId addTree(const QList<std::pair<QByteArray, ObjectId>> &entries)
     {
         QByteArray tree;
         for (const auto &[name, id] : entries) { // sorted by name by the callers
             tree += "100644 " + name + '\0';
             tree.append(reinterpret_cast<const char *>(id.bytes.data()), 20);
         }
-        return writeObject(tree, GIT_OBJECT_TREE);
+        return add("tree", tree);
+    }
+
+    Outcome<void> flush()
+    {
+        return writeFiles(std::exchange(staged, {})).map_error([](const Failure &failure) {
+            return Failure{kNotWritten + QLatin1String(": ") + failure.message};
+        });
+    }
+
+    /// On the disk, with what was added before.
+    Outcome<ObjectId> write(QByteArrayView type, QByteArrayView content)
+    {
+        const ObjectId id = add(type, content);
+        return flush().map([&] { return id; });
     }
 
     Outcome<GitOdbObject> read(const ObjectId &id, git_object_t type)
@@ -446,19 +459,13 @@ Outcome<History> History::openForWriting(const QString &gitFolder)
     return open(gitFolder);
 }
 
-Outcome<ObjectId> History::store(const SetImage &image)
+ObjectId History::store(const SetImage &image)
 {
     if (!image.exact) {
-        return d->writeObject(image.bytes, GIT_OBJECT_BLOB).and_then([&](const ObjectId &blob) {
-            return d->writeTree({{kFileEntry, blob}});
-        });
+        return d->addTree({{kFileEntry, d->add("blob", image.bytes)}});
     }
-    const auto container = d->writeObject(containerText(*image.exact), GIT_OBJECT_BLOB);
-    const auto xml = container ? d->writeXml(image) : container;
-    if (!xml) {
-        return xml;
-    }
-    return d->writeTree({{kContainerEntry, *container}, {kXmlEntry, *xml}});
+    const ObjectId container = d->add("blob", containerText(*image.exact));
+    return d->addTree({{kContainerEntry, container}, {kXmlEntry, d->addXml(image)}});
 }
 
 Outcome<ObjectId> History::commit(const CommitDraft &draft)
@@ -474,7 +481,7 @@ Outcome<ObjectId> History::commit(const CommitDraft &draft)
     if (draft.restores) {
         text += kRestoresTrailer.toByteArray() + draft.restores->hex().toLatin1() + '\n';
     }
-    return d->writeObject(text, GIT_OBJECT_COMMIT);
+    return d->write("commit", text);
 }
 
 Outcome<CommitInfo> History::commitInfo(const ObjectId &id) const
@@ -493,7 +500,7 @@ bool History::hasObject(const ObjectId &id) const
 
 bool History::holds(const SetImage &image) const
 {
-    return hasObject(blobId(image.exact ? image.set->xml : image.bytes));
+    return hasObject(looseId("blob", image.exact ? image.set->xml : image.bytes));
 }
 
 Outcome<RebuiltSet> History::rebuild(const ObjectId &id) const
@@ -591,7 +598,7 @@ Outcome<void> History::setVersion(const QString &file, const VersionTag &version
     const QByteArray text = "object " + version.commit.hex().toLatin1() + "\ntype commit\ntag " +
                             encodeRefComponent(version.name) + "\ntagger " +
                             signature(version.created) + "\n\n" + version.name.toUtf8() + '\n';
-    return d->writeObject(text, GIT_OBJECT_TAG).and_then([&](const ObjectId &tag) {
+    return d->write("tag", text).and_then([&](const ObjectId &tag) {
         return d->setRef(versionRef(file, version.name), tag);
     });
 }
@@ -616,11 +623,7 @@ QList<AlbumRecord> History::albums() const
 
 Outcome<void> History::setAlbum(const AlbumRecord &album)
 {
-    const auto tree = d->writeTree({});
-    if (!tree) {
-        return tl::unexpected(tree.error());
-    }
-    QByteArray text = "tree " + tree->hex().toLatin1() + '\n';
+    QByteArray text = "tree " + d->addTree({}).hex().toLatin1() + '\n';
     QSet<ObjectId> parents;
     for (const AlbumEntry &song : album.songs) {
         if (!parents.contains(song.commit)) {
@@ -630,7 +633,7 @@ Outcome<void> History::setAlbum(const AlbumRecord &album)
     }
     text += "author " + signature(album.created) + "\ncommitter " + signature(album.created) +
             "\n\n" + QByteArray::fromStdString(albumJson(album).dump()) + '\n';
-    return d->writeObject(text, GIT_OBJECT_COMMIT).and_then([&](const ObjectId &commit) {
+    return d->write("commit", text).and_then([&](const ObjectId &commit) {
         return d->setRef(kAlbums + encodeRefComponent(album.name), commit);
     });
 }

@@ -78,7 +78,8 @@ struct AlbumRecord {
 
 /// One project's history: a bare git repository. Sets are kept as XML, so that successive saves
 /// share almost everything, together with what gives back the file byte for byte; a file for which
-/// that fails is kept as it is. Everything written is on the disk before a call returns.
+/// that fails is kept as it is. Everything written is on the disk before a call returns, except for
+/// what store() was given.
 ///
 /// One handle belongs to one thread at a time; several handles may be open on one repository, of
 /// which one writes.
@@ -99,8 +100,9 @@ public:
     History &operator=(History &&) noexcept;
     ~History();
 
-    /// Keeps the file and returns its tree. Keeping it again costs no space.
-    Outcome<ObjectId> store(const SetImage &image);
+    /// The tree of a file. It comes to the disk together with the commit that is made next, because
+    /// each waiting for the disk may take longer than everything else; without one it is forgotten.
+    ObjectId store(const SetImage &image);
     Outcome<ObjectId> commit(const CommitDraft &draft);
 
     Outcome<CommitInfo> commitInfo(const ObjectId &commit) const;

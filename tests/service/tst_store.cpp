@@ -34,6 +34,7 @@ private slots:
     void hugeInflatedSetIsRefused();
     void damagedContentIsNotCalledExact();
     void keepingTheSameSetTwiceCostsNothing();
+    void aSetComesToTheDiskWithItsCommitOnly();
     void packingKeepsEverySaveAndShrinks();
     void repackingDropsWhatNothingLeadsTo();
     void whatWasDroppedIsWrittenAgain();
@@ -67,8 +68,8 @@ ObjectId TestStore::record(History &history, const QByteArray &file, QList<Objec
 {
     const auto tree = history.store(readImage(file));
     const auto hash = QCryptographicHash::hash(file, QCryptographicHash::Sha256).toHex();
-    const auto commit = history.commit(
-        {*tree, std::move(parents), QStringLiteral("Save"), 1'700'000'000, hash, {}});
+    const auto commit =
+        history.commit({tree, std::move(parents), QStringLiteral("Save"), 1'700'000'000, hash, {}});
     (void)history.setHead(QStringLiteral("Song.als"), QStringLiteral("main"), *commit);
     return *commit;
 }
@@ -188,17 +189,30 @@ void TestStore::damagedContentIsNotCalledExact()
     auto history = open();
     const auto tree = history.store(readImage(SetFactory::set(1)));
     const auto commit =
-        history.commit({*tree, {}, QStringLiteral("Save"), 0, QByteArray(64, '0'), {}});
+        history.commit({tree, {}, QStringLiteral("Save"), 0, QByteArray(64, '0'), {}});
     QVERIFY(!history.rebuild(*commit)->isExact);
 }
 
 void TestStore::keepingTheSameSetTwiceCostsNothing()
 {
     auto history = open();
-    const auto first = history.store(readImage(SetFactory::set(1)));
+    const ObjectId first = record(history, SetFactory::set(1));
     const qint64 size = history.sizeOnDisk();
-    QCOMPARE(*history.store(readImage(SetFactory::set(1))), *first);
+    QCOMPARE(record(history, SetFactory::set(1)), first);
     QCOMPARE(history.sizeOnDisk(), size);
+}
+
+void TestStore::aSetComesToTheDiskWithItsCommitOnly()
+{
+    auto history = open();
+    const qint64 empty = history.sizeOnDisk();
+    const ObjectId tree = history.store(readImage(SetFactory::set(1)));
+    QCOMPARE(history.sizeOnDisk(), empty);
+    (void)history.store(readImage(SetFactory::set(2))); // two before one commit
+    const auto commit = history.commit({tree, {}, QStringLiteral("Save"), 0, {}, {}});
+    QVERIFY(commit);
+    QCOMPARE(open().rebuild(*commit)->bytes, SetFactory::set(1));
+    QVERIFY(open().holds(readImage(SetFactory::set(2))));
 }
 
 void TestStore::packingKeepsEverySaveAndShrinks()
@@ -278,7 +292,7 @@ void TestStore::albumsOfStrangersAreNotTrusted()
     for (const char *text :
          {"[]", "{\"songs\":[5],\"name\":3,\"created\":\"x\"}",
           "{\"songs\":[{\"file\":7}],\"name\":\"n\",\"created\":1}", "{\"songs\":{}}"}) {
-        const auto commit = history.commit({*tree, {}, QString::fromUtf8(text), 0, {}, {}});
+        const auto commit = history.commit({tree, {}, QString::fromUtf8(text), 0, {}, {}});
         QVERIFY(QDir().mkpath(m_git + QStringLiteral("/refs/tags/album")));
         QVERIFY(replaceFile(m_git + QStringLiteral("/refs/tags/album/evil"),
                             commit->hex().toLatin1() + '\n'));

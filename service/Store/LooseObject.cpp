@@ -1,15 +1,20 @@
-#include "Store/LooseBlob.h"
+#include "Store/LooseObject.h"
 
-#include "Store/AtomicFile.h"
-
-#include <QByteArray>
-#include <QDir>
+#include <QCryptographicHash>
 
 #include <zlib.h>
+
+#include <algorithm>
 
 namespace ostra {
 
 namespace {
+
+/// What stands before the content when it is hashed and kept.
+QByteArray prefix(QByteArrayView type, QByteArrayView content)
+{
+    return type.toByteArray() + ' ' + QByteArray::number(content.size()) + '\0';
+}
 
 /// The start of a zlib stream that holds `header` in a stored block and goes on at a byte boundary.
 QByteArray storedBlock(QByteArrayView header)
@@ -42,26 +47,31 @@ quint32 adler(quint32 before, QByteArrayView bytes)
 
 } // namespace
 
-QByteArray loosePrefix(qsizetype size)
+/// libgit2 looks for forged collisions while it hashes, which takes several times as long.
+ObjectId looseId(QByteArrayView type, QByteArrayView content)
 {
-    return "blob " + QByteArray::number(size) + '\0';
+    QCryptographicHash hash(QCryptographicHash::Sha1);
+    hash.addData(prefix(type, content));
+    hash.addData(content);
+    ObjectId id;
+    std::ranges::copy(hash.result(), id.bytes.begin());
+    return id;
 }
 
-Outcome<void> writeLooseBlob(const QString &objectsFolder, const QString &name,
-                             QByteArrayView content, QByteArrayView deflated)
+QByteArray looseFile(QByteArrayView type, QByteArrayView content)
 {
-    const QByteArray header = loosePrefix(content.size());
+    constexpr qsizetype kLengthOfQt = 4; // before the stream
+    return qCompress(prefix(type, content).append(content)).sliced(kLengthOfQt);
+}
+
+QByteArray looseBlobFile(QByteArrayView content, QByteArrayView deflated)
+{
+    const QByteArray header = prefix("blob", content);
     QByteArray file = storedBlock(header);
     file.reserve(file.size() + deflated.size() + 4);
     file += deflated;
     file += bigEndian(adler(adler(1, header), content));
-
-    const QString folder = objectsFolder + u'/' + name.first(2);
-    if (!QDir().mkpath(folder)) {
-        return failure(QStringLiteral("The history could not be written in “%1”.").arg(folder));
-    }
-    syncFolder(objectsFolder);
-    return replaceFile(folder + u'/' + name.sliced(2), file);
+    return file;
 }
 
 } // namespace ostra
