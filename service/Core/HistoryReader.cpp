@@ -37,42 +37,34 @@ void HistoryReader::rest()
 /// The save's place, after it and everything behind it has been read.
 Outcome<int> HistoryReader::node(const ObjectId &id)
 {
-    QList<ObjectId> pending{id};
-    QHash<ObjectId, CommitInfo> waiting; // for their parents
-    while (!pending.isEmpty()) {
-        const ObjectId next = pending.last();
-        if (m_places.contains(next)) {
-            pending.removeLast();
-            continue;
-        }
-        auto known = waiting.find(next);
-        if (known == waiting.end()) {
-            auto info = history().and_then(
-                [&](const History *history) { return history->commitInfo(next); });
+    const auto opened = history();
+    std::vector<CommitInfo> line; // each with a parent above it that is read before it
+    for (std::optional<ObjectId> next = id; opened;) {
+        if (next && !m_places.contains(*next)) {
+            auto info = (*opened)->commitInfo(*next);
             if (!info) {
                 return tl::unexpected(info.error());
             }
-            known = waiting.insert(next, std::move(*info));
-            const auto before = pending.size();
-            for (const ObjectId &parent : std::as_const(known->parents)) {
-                if (!m_places.contains(parent)) {
-                    pending.append(parent);
-                }
-            }
-            if (pending.size() > before) {
-                continue;
-            }
+            line.push_back(std::move(*info));
         }
-        Node node{next, {}, known->time, known->message};
-        for (const ObjectId &parent : std::as_const(known->parents)) {
-            node.parents.append(m_places.value(parent));
+        if (line.empty()) {
+            return m_places.value(id);
         }
-        waiting.erase(known);
-        pending.removeLast();
-        m_places.insert(next, static_cast<int>(m_nodes.size()));
-        m_nodes.push_back(std::move(node));
+        CommitInfo &top = line.back();
+        const auto unread = std::ranges::find_if(
+            top.parents, [&](const ObjectId &parent) { return !m_places.contains(parent); });
+        next = unread == top.parents.end() ? std::nullopt : std::optional(*unread);
+        if (!next) {
+            Node node{top.id, {}, top.time, std::move(top.message)};
+            for (const ObjectId &parent : std::as_const(top.parents)) {
+                node.parents.append(m_places.value(parent));
+            }
+            m_places.insert(node.id, static_cast<int>(m_nodes.size()));
+            m_nodes.push_back(std::move(node));
+            line.pop_back();
+        }
     }
-    return m_places.value(id);
+    return tl::unexpected(opened.error());
 }
 
 Outcome<QList<int>> HistoryReader::reachable(const QList<ObjectId> &tips)

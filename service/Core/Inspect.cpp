@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
+#include <QSet>
 
 #include <algorithm>
 
@@ -29,7 +30,7 @@ void print(std::FILE *out, const QString &line)
 
 std::optional<History> open(const QString &project, std::FILE *out)
 {
-    auto history = History::openForReading(project + QLatin1String("/.ostra/history"));
+    auto history = History::openForChecking(project + QLatin1String("/.ostra/history"));
     if (!history) {
         print(out, QStringLiteral("%1: %2").arg(project, history.error().message));
         return std::nullopt;
@@ -77,34 +78,81 @@ Outcome<QList<CommitInfo>> lineOf(const History &history, const ObjectId &tip)
     return line;
 }
 
-Outcome<qsizetype> exportLine(const History &history, const ObjectId &tip, const QString &folder,
-                              const QHash<ObjectId, QString> &versions)
+/// Names may become the same when they are made fit for every file system.
+QString freeFolder(const QString &wanted)
 {
-    const auto line = lineOf(history, tip);
-    if (!line || !QDir().mkpath(folder)) {
-        return line ? failure(QStringLiteral("%1 could not be made.").arg(folder))
-                    : tl::unexpected(line.error());
+    QString folder = wanted;
+    for (int i = 2; QDir(folder).exists(); ++i) {
+        folder = QStringLiteral("%1 %2").arg(wanted).arg(i);
     }
-    int number = 0;
-    for (const CommitInfo &save : *line) {
-        const auto rebuilt = history.rebuild(save.id);
-        if (!rebuilt) {
-            return tl::unexpected(rebuilt.error());
-        }
-        const QString time = QDateTime::fromSecsSinceEpoch(save.time).toString(
-            QStringLiteral("yyyy-MM-dd HH.mm.ss"));
-        const QString title = versions.value(save.id, save.message);
-        const QString path =
-            folder + u'/' +
-            fileName(
-                QStringLiteral("%1 %2 %3").arg(++number, 4, 10, QChar(u'0')).arg(time, title)) +
-            QLatin1String(".als");
-        if (const auto written = replaceFile(path, rebuilt->bytes); !written) {
-            return tl::unexpected(written.error());
-        }
-    }
-    return line->size();
+    return folder;
 }
+
+/// Writes saves as plain sets. One that cannot be read does not keep the others back.
+class Export {
+public:
+    Export(const History &history, QString folder, std::FILE *out)
+        : m_history(history), m_folder(std::move(folder)), m_out(out)
+    {
+        for (const History::SongVersions &tags : history.versions()) {
+            for (const VersionTag &version : tags.versions) {
+                m_versions.insert(version.commit, version.name);
+            }
+        }
+    }
+
+    void write(const QString &song, const QString &variation, const ObjectId &tip)
+    {
+        const auto line = lineOf(m_history, tip);
+        if (!line) {
+            complain(song + u'/' + variation, line.error());
+            return;
+        }
+        write(*line, fileName(song) + u'/' + fileName(variation));
+    }
+
+    void write(const QList<CommitInfo> &saves, const QString &relative)
+    {
+        const QString folder = freeFolder(m_folder + u'/' + relative);
+        if (!QDir().mkpath(folder)) {
+            complain(folder, {QStringLiteral("the folder could not be made")});
+            return;
+        }
+        int number = 0;
+        for (const CommitInfo &save : saves) {
+            const QString time = QDateTime::fromSecsSinceEpoch(save.time).toString(
+                QStringLiteral("yyyy-MM-dd HH.mm.ss"));
+            const QString name = QStringLiteral("%1 %2 %3")
+                                     .arg(++number, 4, 10, QChar(u'0'))
+                                     .arg(time, m_versions.value(save.id, save.message));
+            const QString path = folder + u'/' + fileName(name) + QLatin1String(".als");
+            const auto done = m_history.rebuild(save.id).and_then(
+                [&](const RebuiltSet &set) { return replaceFile(path, set.bytes); });
+            m_met.insert(save.id);
+            done ? void(++m_written) : complain(path, done.error());
+        }
+    }
+
+    /// Those that could not be written too.
+    bool hasMet(const CommitInfo &save) const { return m_met.contains(save.id); }
+    int written() const { return m_written; }
+    bool isWhole() const { return m_isWhole; }
+
+private:
+    void complain(const QString &what, const Failure &failure)
+    {
+        m_isWhole = false;
+        print(m_out, QStringLiteral("%1: %2").arg(what, failure.message));
+    }
+
+    const History &m_history;
+    QString m_folder;
+    std::FILE *m_out;
+    QHash<ObjectId, QString> m_versions;
+    QSet<ObjectId> m_met;
+    int m_written = 0;
+    bool m_isWhole = true;
+};
 
 } // namespace
 
@@ -149,39 +197,29 @@ int exportAll(const QString &project, const QString &folder, std::FILE *out)
     for (const SongEntry &song : known.songs) {
         songs << song.file;
     }
-    QHash<ObjectId, QString> versions;
-    for (const History::SongVersions &tags : history->versions()) {
-        for (const VersionTag &version : tags.versions) {
-            versions.insert(version.commit, version.name);
-        }
-    }
-    qsizetype written = 0;
-    const auto write = [&](const QString &song, const History::Head &head,
-                           const QStringList &variations) {
-        const QString target = folder + u'/' + fileName(songTitle(song)) + u'/' +
-                               fileName(nameOf(head.variation, variations));
-        const auto count = exportLine(*history, head.commit, target, versions);
-        if (!count) {
-            print(out, count.error().message);
-            return false;
-        }
-        written += *count;
-        return true;
-    };
-    bool isDone = true;
+    Export files(*history, folder, out);
     for (const History::Head &head : history->heads()) {
         const QString song = nameOf(head.file, songs);
         const auto entry = std::ranges::find(known.songs, song, &SongEntry::file);
-        isDone &= write(song, head, entry == known.songs.end() ? QStringList() : entry->variations);
+        const QStringList variations =
+            entry == known.songs.end() ? QStringList() : entry->variations;
+        files.write(songTitle(song), nameOf(head.variation, variations), head.commit);
     }
     for (const TrashEntry &trash : known.trash) {
         for (const History::Head &head : history->trashedHeads(trash.id)) {
-            isDone &=
-                write(songTitle(trash.file) + QStringLiteral(" (deleted)"), head, trash.variations);
+            files.write(songTitle(trash.file) + QStringLiteral(" (deleted)"),
+                        nameOf(head.variation, trash.variations), head.commit);
         }
     }
-    print(out, QStringLiteral("%1 saves written to %2").arg(written).arg(folder));
-    return isDone ? kDone : kBroken;
+    // What only a merge or an album version leads to.
+    auto others = history->everySave().value_or(QList<CommitInfo>());
+    others.removeIf([&](const CommitInfo &save) { return files.hasMet(save); });
+    std::ranges::sort(others, {}, &CommitInfo::time);
+    if (!others.isEmpty()) {
+        files.write(others, QStringLiteral("Other saves"));
+    }
+    print(out, QStringLiteral("%1 saves written to %2").arg(files.written()).arg(folder));
+    return files.isWhole() ? kDone : kBroken;
 }
 
 } // namespace ostra::Inspect

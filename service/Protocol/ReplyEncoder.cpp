@@ -343,19 +343,26 @@ QByteArray compact(const Json &object)
 void appendText(QByteArray &line, const QString &text)
 {
     constexpr const char *kDigits = "0123456789abcdef";
+    const QByteArray utf8 = text.toUtf8();
     line += '"';
-    for (const char c : text.toUtf8()) {
-        if (static_cast<unsigned char>(c) < 0x20) {
-            line += "\\u00";
-            line += kDigits[c >> 4];
-            line += kDigits[c & 15];
+    const char *written = utf8.begin();
+    for (const char *c = utf8.begin(); c != utf8.end(); ++c) {
+        const bool isControl = static_cast<unsigned char>(*c) < 0x20;
+        if (!isControl && *c != '"' && *c != '\\') {
             continue;
         }
-        if (c == '"' || c == '\\') {
+        line.append(written, c - written);
+        written = c + 1;
+        if (isControl) {
+            line += "\\u00";
+            line += kDigits[*c >> 4];
+            line += kDigits[*c & 15];
+        } else {
             line += '\\';
+            line += *c;
         }
-        line += c;
     }
+    line.append(written, utf8.end() - written);
     line += '"';
 }
 

@@ -707,6 +707,10 @@ void MergeEditor::writeTracks(const std::vector<Placed> &tracks)
         if (group && valueOf(group) != placed.group) {
             writer.setValue(group, placed.group);
         }
+        const auto linked = placed.track->node.child("LinkedTrackGroupId");
+        if (placed.isFrom && linked && valueOf(linked) != "-1") {
+            writer.setValue(linked, "-1"); // counted in the lists of "from"
+        }
         items.push_back(placed.isFrom ? SetWriter::Item{{}, take(placed.track->node)}
                                       : SetWriter::Item{placed.track->node, {}});
     }

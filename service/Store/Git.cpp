@@ -12,6 +12,11 @@ constexpr size_t kMappedPackBytes = 64ULL * 1024 * 1024;
 
 } // namespace
 
+void checkEveryHash(bool isWanted)
+{
+    git_libgit2_opts(GIT_OPT_ENABLE_STRICT_HASH_VERIFICATION, isWanted ? 1 : 0);
+}
+
 void startGit()
 {
     static const bool once = [] {
@@ -19,6 +24,8 @@ void startGit()
         git_libgit2_opts(GIT_OPT_ENABLE_FSYNC_GITDIR, 1);
         git_libgit2_opts(GIT_OPT_SET_CACHE_MAX_SIZE, kObjectCacheBytes);
         git_libgit2_opts(GIT_OPT_SET_MWINDOW_MAPPED_LIMIT, kMappedPackBytes);
+        // Each object has a checksum of its own; hashing it anew takes longer than reading it.
+        checkEveryHash(false);
         // A project on an external drive may belong to another user id.
         git_libgit2_opts(GIT_OPT_SET_OWNER_VALIDATION, 0);
         for (const auto level : {GIT_CONFIG_LEVEL_PROGRAMDATA, GIT_CONFIG_LEVEL_SYSTEM,

@@ -33,6 +33,9 @@ using GitPackBuilder = std::unique_ptr<git_packbuilder, GitDeleter<git_packbuild
 /// Prepares libgit2 once per process: durable writes, small caches, no configuration from outside.
 void startGit();
 
+/// Whether reading an object compares it with its name, in the whole process.
+void checkEveryHash(bool isWanted);
+
 /// "<what>: <libgit2's last words>"
 tl::unexpected<Failure> gitFailure(const QString &what);
 

@@ -435,6 +435,13 @@ Outcome<History> History::openForReading(const QString &gitFolder)
     return open(gitFolder);
 }
 
+Outcome<History> History::openForChecking(const QString &gitFolder)
+{
+    startGit();
+    checkEveryHash(true);
+    return open(gitFolder);
+}
+
 Outcome<History> History::openForWriting(const QString &gitFolder)
 {
     startGit();

@@ -90,6 +90,9 @@ public:
     static Outcome<History> openForWriting(const QString &gitFolder);
     /// Opens it and changes nothing.
     static Outcome<History> openForReading(const QString &gitFolder);
+    /// Opens it to look for damage: from now on this process trusts no object before its hash has
+    /// been compared.
+    static Outcome<History> openForChecking(const QString &gitFolder);
 
     /// Lets go of everything that can be opened again, which the next call does. Needed after
     /// objects were removed: else it believes that it still has them, and does not write them

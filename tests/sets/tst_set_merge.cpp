@@ -40,6 +40,14 @@ MergeDecisions everything(const MergePlanResult &plan, const char *side = "from"
     return decisions;
 }
 
+/// Puts "Drums" and "Bass" into a new group at the top.
+void group(SetSketch &song)
+{
+    const auto place = song.addTrack(QStringLiteral("Rhythm"), "GroupTrack", 0);
+    song.tracks[1].group = song.tracks[place].id;
+    song.tracks[2].group = song.tracks[place].id;
+}
+
 QStringList summaries(const MergePlanResult &plan)
 {
     QStringList texts;
@@ -98,10 +106,13 @@ private slots:
 
     void bothSidesMayAddATrackWithTheSameNumbers();
     void aTakenTrackBringsItsRoutingsGroovesAndEnvelopes();
+    void aTakenTrackIsLinkedWithNoneOfTheOthers();
     void anAddedReturnGivesEveryTrackASend();
     void anAddedSceneGivesEveryTrackASlot();
     void aGroupComesWithItsMembers();
     void groupingExistingTracksIsOneTick();
+    void aRemovedGroupWithAnEditedMemberIsAPick();
+    void aMovedGroupTakesItsEditedMemberAlong();
     void overlappingClipsAreTakenOrLeftTogether();
     void automationOfARemovedDeviceIsAPick();
     void aNewTrackKeepsTheSceneThatItUses();
@@ -394,6 +405,25 @@ void TestSetMerge::aTakenTrackBringsItsRoutingsGroovesAndEnvelopes()
     QVERIFY(text.contains("<PointeeId Pads/DeviceChain0/Mixer0/Volume0/AutomationTarget0>"));
 }
 
+void TestSetMerge::aTakenTrackIsLinkedWithNoneOfTheOthers()
+{
+    const auto base = SetSketch::song();
+    auto into = base;
+    into.tempo = 90;
+    auto from = base;
+    from.addTrack(QStringLiteral("Pads"));
+    auto linked = from.xml();
+    linked.replace("<TrackGroupId Value=\"-1\" />",
+                   "<TrackGroupId Value=\"-1\" />\n\t\t\t\t<LinkedTrackGroupId Value=\"3\" />");
+    const auto states = inputs(base.xml(), into.xml(), linked);
+    const auto merged = applyMerge(states, everything(planMerge(states)));
+    QVERIFY2(merged, qPrintable(merged ? QString() : merged.error().message));
+    QVERIFY(music(merged->file).contains("Pads"));
+    const auto xml = readSet(merged->file)->xml();
+    QCOMPARE(xml.count("<LinkedTrackGroupId Value=\"-1\" />"), 1);
+    QCOMPARE(xml.count("<LinkedTrackGroupId"), 1);
+}
+
 void TestSetMerge::anAddedReturnGivesEveryTrackASend()
 {
     const auto base = SetSketch::song();
@@ -456,9 +486,7 @@ void TestSetMerge::groupingExistingTracksIsOneTick()
     auto into = base;
     into.tempo = 90;
     auto from = base;
-    const auto group = from.addTrack(QStringLiteral("Rhythm"), "GroupTrack", 0);
-    from.tracks[1].group = from.tracks[group].id;
-    from.tracks[2].group = from.tracks[group].id;
+    group(from);
     const auto plan = planMerge(inputs(base, into, from));
     QCOMPARE(summaries(plan), QStringList{QStringLiteral("tick: Added group “Rhythm”")});
     QCOMPARE(plan.changes.first().detail, QStringLiteral("Drums: moved into group “Rhythm” · "
@@ -468,6 +496,44 @@ void TestSetMerge::groupingExistingTracksIsOneTick()
     QCOMPARE(violations(merged->file), QStringList());
     QCOMPARE(differences(from.file(), merged->file),
              QStringList{QStringLiteral("Tempo 120 → 90 bpm")});
+}
+
+void TestSetMerge::aRemovedGroupWithAnEditedMemberIsAPick()
+{
+    auto base = SetSketch::song();
+    group(base);
+    auto edited = base;
+    edited.track(QStringLiteral("Bass"))->active.value = "false";
+    auto removed = base;
+    for (int i = 0; i < 3; ++i) {
+        removed.removeTrack(0);
+    }
+    for (const auto &[into, from] : {std::pair(edited, removed), std::pair(removed, edited)}) {
+        const auto plan = planMerge(inputs(base, into, from));
+        QVERIFY(!plan.clean);
+        QVERIFY2(summaries(plan).join(u'\n').contains(QStringLiteral("pick: ")),
+                 qPrintable(summaries(plan).join(u'\n')));
+        for (const char *side : {"from", "into"}) {
+            const auto merged = applyMerge(inputs(base, into, from), everything(plan, side));
+            QVERIFY2(merged, qPrintable(merged ? QString() : merged.error().message));
+            QCOMPARE(violations(merged->file), QStringList());
+        }
+    }
+}
+
+void TestSetMerge::aMovedGroupTakesItsEditedMemberAlong()
+{
+    auto base = SetSketch::song();
+    group(base);
+    auto into = base;
+    into.track(QStringLiteral("Bass"))->active.value = "false";
+    auto from = base;
+    from.tracks.move(3, 0); // Vox before the group
+    const auto merged =
+        applyMerge(inputs(base, into, from), everything(planMerge(inputs(base, into, from))));
+    QVERIFY2(merged, qPrintable(merged ? QString() : merged.error().message));
+    QCOMPARE(violations(merged->file), QStringList());
+    QCOMPARE(differences(from.file(), merged->file), QStringList{QStringLiteral("Bass: muted")});
 }
 
 void TestSetMerge::overlappingClipsAreTakenOrLeftTogether()

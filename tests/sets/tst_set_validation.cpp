@@ -84,6 +84,28 @@ void TestSetValidation::findsEveryViolation_data()
             s.tracks[2].group = s.tracks[group].id;
         },
         "The track “Bass” stands apart from its group.");
+    const auto rowInText = [](const char *name, const SetSketch &sketch, const QByteArray &before,
+                              const QByteArray &after, const char *message) {
+        auto xml = sketch.xml();
+        const auto at = xml.indexOf(before);
+        QVERIFY(at >= 0);
+        QTest::newRow(name) << xml.replace(at, before.size(), after) << QString::fromUtf8(message);
+    };
+    rowInText("send of the main track too many", SetSketch::song(), "</SendsPre>",
+              "<SendPreBool Id=\"1\" Value=\"false\" /></SendsPre>",
+              "The number of sends differs from that of the return tracks.");
+    const auto withGroup = [] {
+        auto sketch = SetSketch::song();
+        sketch.addTrack(QStringLiteral("Rhythm"), "GroupTrack", 0);
+        return sketch;
+    };
+    rowInText("slot of a frozen track too many", SetSketch::song(),
+              "</ClipSlotList>\n\t\t\t\t\t</FreezeSequencer>",
+              "<ClipSlot Id=\"4\" /></ClipSlotList></FreezeSequencer>",
+              "The track “Drums” has 5 clip slots for 4 scenes.");
+    rowInText("slot of a group too many", withGroup(), "</Slots>",
+              "<GroupTrackSlot Id=\"4\" /></Slots>",
+              "The track “Rhythm” has 5 clip slots for 4 scenes.");
     row(
         "same track twice", [](SetSketch &s) { s.tracks[1].id = s.tracks[0].id; },
         "Two tracks bear the number 2.");
