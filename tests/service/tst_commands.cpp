@@ -54,6 +54,9 @@ private slots:
     void manySongsSavedAtOnceAreAllRecorded();
     void loginAgentIsInstalledAndRemoved();
     void exportWritesEverySave();
+    void exportKeepsSongsApart();
+    void exportGoesPastDamage();
+    void exportHoldsWhatOnlyAnAlbumVersionLeadsTo();
     void checkFindsDamage();
 
 private:
@@ -86,9 +89,28 @@ private:
         COMPARE_JSON(song("song_version_create", {{"name", name}}), Json({{"type", "ok"}}));
     }
 
+    void damageOneSet();
+
     std::unique_ptr<ServiceProcess> m_service;
     std::unique_ptr<ServiceConnection> m_client;
 };
+
+void TestCommands::damageOneSet()
+{
+    QDirIterator objects(path("Music/Album/.ostra/history/objects"), QDir::Files,
+                         QDirIterator::Subdirectories);
+    while (objects.hasNext()) { // the large ones are the sets
+        objects.next();
+        if (objects.fileInfo().size() > 300) {
+            QFile file(objects.filePath());
+            QVERIFY(file.open(QIODevice::ReadWrite));
+            QVERIFY(file.seek(200));
+            QCOMPARE(file.write("damage"), 6);
+            return;
+        }
+    }
+    QFAIL("no set in the history");
+}
 
 /// A tracked project "Album" with "Song.als" in state 1.
 void TestCommands::init()
@@ -601,22 +623,52 @@ void TestCommands::exportWritesEverySave()
     QVERIFY(m_service->run({QStringLiteral("--export"), path("Music/Album"), path("Out")}) != 0);
 }
 
+void TestCommands::exportKeepsSongsApart()
+{
+    save("Music/Album/What?.als", 2);
+    save("Music/Album/What*.als", 3);
+    QCOMPARE(m_service->run({QStringLiteral("--export"), path("Music/Album"), path("Out")}), 0);
+    QList<QByteArray> found;
+    QDirIterator files(path("Out"), QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        QFile file(files.next());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        found.append(file.readAll());
+    }
+    QCOMPARE(found.size(), 3);
+    for (int i = 1; i < 4; ++i) {
+        QVERIFY(found.contains(SetFactory::set(i)));
+    }
+}
+
+void TestCommands::exportGoesPastDamage()
+{
+    save("Music/Album/Song.als", 2);
+    save("Music/Album/Song.als", 3);
+    damageOneSet();
+    QCOMPARE(m_service->run({QStringLiteral("--export"), path("Music/Album"), path("Out")}), 1);
+    QCOMPARE(QDir(path("Out/Song/main")).entryList(QDir::Files).size(), 2);
+}
+
+void TestCommands::exportHoldsWhatOnlyAnAlbumVersionLeadsTo()
+{
+    ask({{"cmd", "version_create"}, {"repo", "Album"}, {"name", "mix"}});
+    m_client.reset();
+    m_service->kill();
+    const QString song = path("Music/Album/.ostra/history/refs/heads/song/=song.als");
+    QVERIFY(QDir(song).removeRecursively()); // as after thirty days in the trash
+    QCOMPARE(m_service->run({QStringLiteral("--export"), path("Music/Album"), path("Out")}), 0);
+    const QStringList files = QDir(path("Out/Other saves")).entryList(QDir::Files);
+    QCOMPARE(files.size(), 1);
+    QCOMPARE(m_service->read(QStringLiteral("Out/Other saves/") + files[0]), SetFactory::set(1));
+}
+
 void TestCommands::checkFindsDamage()
 {
     QByteArray output;
     QCOMPARE(m_service->run({QStringLiteral("--check"), path("Music/Album")}, &output), 0);
     QCOMPARE(output, QByteArray("1 saves, 0 broken\n"));
-    QDirIterator objects(path("Music/Album/.ostra/history/objects"), QDir::Files,
-                         QDirIterator::Subdirectories);
-    while (objects.hasNext()) { // the largest one is the set
-        objects.next();
-        if (objects.fileInfo().size() > 300) {
-            QFile file(objects.filePath());
-            QVERIFY(file.open(QIODevice::ReadWrite));
-            QVERIFY(file.seek(200));
-            file.write("damage");
-        }
-    }
+    damageOneSet();
     QCOMPARE(m_service->run({QStringLiteral("--check"), path("Music/Album")}, &output), 1);
     QCOMPARE(m_service->run({QStringLiteral("--check"), path("Music")}, &output), 2);
 }
