@@ -1,4 +1,5 @@
 #include "App.h"
+#include "Platform/SystemFonts.h"
 #include "SingleInstance.h"
 
 #include <QApplication>
@@ -33,6 +34,7 @@ int main(int argc, char *argv[])
     if (!commandLine.gpu) {
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     }
+    const std::future<void> systemFonts = beginReadingSystemFonts();
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("ostra"));
     QApplication::setApplicationDisplayName(QStringLiteral("OSTRA"));
