@@ -316,8 +316,9 @@ class ScriptedService:
                     self.push(reply, connection)
 
     def push(self, message, connection=None):
-        """Sends a reply or an event, to the newest connection unless told."""
-        line = json.dumps(message, ensure_ascii=False).encode() + b"\n"
+        """Sends a reply or an event, to the newest connection unless told. Bytes go out as they are."""
+        line = message if isinstance(message, bytes) else (
+            json.dumps(message, ensure_ascii=False).encode() + b"\n")
         try:
             (connection or self.connections[-1]).sendall(line)
         except OSError:
