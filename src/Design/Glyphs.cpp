@@ -202,9 +202,14 @@ Figure progress()
     return strokes(Sketch().arc(8, 8, 6, 90, -270));
 }
 
-Figure diamond()
+Sketch diamond()
 {
-    return strokes(Sketch().move(8, 1.75).line(14.25, 8).line(8, 14.25).line(1.75, 8).close());
+    return Sketch().move(8, 1.75).line(14.25, 8).line(8, 14.25).line(1.75, 8).close();
+}
+
+Figure diamondFill()
+{
+    return {{{diamond().path(), Ink::Fill}}};
 }
 
 const QHash<QString, Figure> &symbols()
@@ -216,7 +221,8 @@ const QHash<QString, Figure> &symbols()
         {QStringLiteral("chevron.up"), chevron(90)},
         {QStringLiteral("chevron.right"), chevron(180)},
         {QStringLiteral("chevron.down"), chevron(270)},
-        {QStringLiteral("diamond"), diamond()},
+        {QStringLiteral("diamond"), strokes(diamond())},
+        {QStringLiteral("diamond.fill"), diamondFill()},
         {QStringLiteral("gear"), gear()},
         {QStringLiteral("pencil"), pencil()},
         {QStringLiteral("plus"), plus()},

@@ -35,12 +35,11 @@ Item {
         border.width: 1
         border.color: DS.color.line
 
-        DSText {
+        DSSymbol {
             anchors.centerIn: parent
-            text: "◆"
-            font: DS.inter(13.5, Font.DemiBold)
+            symbol: "diamond.fill"
+            size: 16
             color: DS.color.ink2
-            decorative: true
         }
     }
     DSText {

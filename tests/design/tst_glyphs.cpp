@@ -69,7 +69,7 @@ void TestGlyphs::everySymbolThatTheViewsNameExists_data()
     for (const char *name :
          {"gear", "power", "pencil", "checkmark", "xmark", "xmark.circle.fill", "chevron.left",
           "chevron.right", "chevron.down", "plus", "waveform.slash",
-          "waveform.badge.exclamationmark", "diamond", "arrow.counterclockwise"}) {
+          "waveform.badge.exclamationmark", "diamond", "diamond.fill", "arrow.counterclockwise"}) {
         QTest::newRow(name) << QString::fromLatin1(name);
     }
 }

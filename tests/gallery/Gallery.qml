@@ -370,7 +370,7 @@ Window {
                         width: parent.width
                         spacing: 8
                         Repeater {
-                            model: ["gear", "power", "pencil", "checkmark", "xmark", "xmark.circle.fill", "chevron.left", "chevron.right", "chevron.down", "plus", "waveform.slash", "waveform.badge.exclamationmark", "diamond", "arrow.counterclockwise"]
+                            model: ["gear", "power", "pencil", "checkmark", "xmark", "xmark.circle.fill", "chevron.left", "chevron.right", "chevron.down", "plus", "waveform.slash", "waveform.badge.exclamationmark", "diamond", "diamond.fill", "arrow.counterclockwise"]
                             DSSymbol {
                                 required property string modelData
                                 symbol: modelData
