@@ -2,14 +2,13 @@
 
 #include "DaemonState.h"
 #include "Views/ProjectTexts.h"
-#include "Views/SongListModel.h"
 
 namespace ostra {
 
 using namespace Qt::StringLiterals;
 
 FileStateViewModel::FileStateViewModel(DaemonState *daemon, QObject *parent)
-    : QObject(parent), m_daemon(daemon), m_songs(new SongListModel(this))
+    : QObject(parent), m_daemon(daemon)
 {
 }
 
@@ -26,7 +25,7 @@ void FileStateViewModel::setProject(const QString &repoName, const QList<FileSta
         rows.append({song.filename, ProjectTexts::displayName(song.filename),
                      ProjectTexts::infoLine(song), song.changedSinceVersion});
     }
-    m_songs->setRows(std::move(rows));
+    m_songs.setRows(rows);
     if (hadSongs != hasSongs()) {
         emit hasSongsChanged();
     }
@@ -34,7 +33,7 @@ void FileStateViewModel::setProject(const QString &repoName, const QList<FileSta
 
 bool FileStateViewModel::hasSongs() const
 {
-    return !m_songs->rows().isEmpty();
+    return !m_songs.allRows().isEmpty();
 }
 
 void FileStateViewModel::setVersionNameText(const QString &text)

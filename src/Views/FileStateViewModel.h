@@ -1,17 +1,15 @@
 #pragma once
 
 #include "Models/RepositoryRecords.h"
+#include "Views/SongRows.h"
 
 #include <QObject>
 #include <QPointer>
 #include <QtQml/qqmlregistration.h>
 
-Q_MOC_INCLUDE("Views/SongListModel.h")
-
 namespace ostra {
 
 class DaemonState;
-class SongListModel;
 
 /// The songs of one project and the one field in which a version of a song is named. Owned by the
 /// project's RepoCardViewModel. Main thread only.
@@ -19,7 +17,7 @@ class FileStateViewModel : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by RepoCardViewModel")
-    Q_PROPERTY(ostra::SongListModel *songs READ songs CONSTANT)
+    Q_PROPERTY(ostra::RowList *songs READ songs CONSTANT)
     Q_PROPERTY(bool hasSongs READ hasSongs NOTIFY hasSongsChanged)
     Q_PROPERTY(QString repoName READ repoName NOTIFY repoNameChanged)
     Q_PROPERTY(QString namingFile READ namingFile NOTIFY namingFileChanged) ///< empty for none
@@ -32,7 +30,7 @@ public:
 
     void setProject(const QString &repoName, const QList<FileState> &fileStates);
 
-    SongListModel *songs() const { return m_songs; }
+    SongRows *songs() { return &m_songs; }
     bool hasSongs() const;
     QString repoName() const { return m_repoName; }
     QString namingFile() const { return m_namingFile; }
@@ -54,7 +52,8 @@ private:
     void setNamingFile(const QString &filename);
 
     QPointer<DaemonState> m_daemon;
-    SongListModel *m_songs;
+    // An open card is made in one go: no more rows than fit a window.
+    SongRows m_songs{kSongRowHeight, 12};
     QString m_repoName;
     QString m_namingFile;
     QString m_versionNameText;

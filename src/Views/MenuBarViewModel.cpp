@@ -1,7 +1,6 @@
 #include "Views/MenuBarViewModel.h"
 
 #include "DaemonState.h"
-#include "Views/ProjectListModel.h"
 #include "Views/ProjectTexts.h"
 #include "Views/RelativeClock.h"
 #include "Views/RepoCardViewModel.h"
@@ -16,8 +15,8 @@ namespace ostra {
 using namespace Qt::StringLiterals;
 
 MenuBarViewModel::MenuBarViewModel(QObject *parent)
-    : QObject(parent), m_projects(new ProjectListModel(this)),
-      m_folderPicker(new WatchFolderPickerModel(this)), m_clock(new RelativeClock(this))
+    : QObject(parent), m_folderPicker(new WatchFolderPickerModel(this)),
+      m_clock(new RelativeClock(this))
 {
     connect(m_clock, &RelativeClock::tick, this, &MenuBarViewModel::updateAges);
     connect(m_folderPicker, &WatchFolderPickerModel::presentedChanged, this,
@@ -255,28 +254,33 @@ void MenuBarViewModel::updateProjects()
             card->setRepo(*repo);
         }
     }
-    m_projects->setRows(rows());
+    const QList<ProjectRow> rows = this->rows();
+    if (!std::ranges::equal(rows, m_projects.allRows(), {}, ProjectRowTraits::key,
+                            ProjectRowTraits::key)) {
+        emit projectsAboutToChange();
+    }
+    m_projects.setRows(rows);
     updateShownStrip();
 }
 
 QList<ProjectRow> MenuBarViewModel::rows() const
 {
     using Kind = ProjectRow::Kind;
-    QList<ProjectRow> rows{{Kind::sectionLabel, u"tracked"_s, u"Tracked Projects"_s, {}}};
+    QList<ProjectRow> rows{{Kind::SectionLabel, u"tracked"_s, u"Tracked Projects"_s, {}}};
     if (m_daemon->repos().isEmpty()) {
-        rows.append({Kind::emptyState, {}, {}, {}});
+        rows.append({Kind::EmptyState, {}, {}, {}});
     }
     for (const RepoViewModel &repo : m_daemon->repos()) {
-        rows.append({Kind::project, repo.id, {}, {}});
+        rows.append({Kind::Project, repo.id, {}, {}});
     }
     const QList<DiscoveredProject> &discovered = m_daemon->discoveredProjects();
     if (!discovered.isEmpty()) {
-        rows.append({Kind::divider, {}, {}, {}});
-        rows.append({Kind::sectionLabel, u"discovered"_s, u"Discovered"_s, {}});
+        rows.append({Kind::Divider, {}, {}, {}});
+        rows.append({Kind::SectionLabel, u"discovered"_s, u"Discovered"_s, {}});
     }
     for (const DiscoveredProject &project : discovered) {
         rows.append(
-            {Kind::discovered, project.path, project.name, ProjectTexts::untrackedLine(project)});
+            {Kind::Discovered, project.path, project.name, ProjectTexts::untrackedLine(project)});
     }
     return rows;
 }

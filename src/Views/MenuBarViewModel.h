@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Models/SongRoute.h"
+#include "Views/ProjectRows.h"
 
 #include <QHash>
 #include <QObject>
@@ -10,7 +11,6 @@
 #include <optional>
 
 Q_MOC_INCLUDE("DaemonState.h")
-Q_MOC_INCLUDE("Views/ProjectListModel.h")
 Q_MOC_INCLUDE("Views/RepoCardViewModel.h")
 Q_MOC_INCLUDE("Views/SongPageViewModel.h")
 Q_MOC_INCLUDE("Views/WatchFolderPickerModel.h")
@@ -19,12 +19,10 @@ namespace ostra {
 
 class DaemonState;
 class FolderChooser;
-class ProjectListModel;
 class RelativeClock;
 class RepoCardViewModel;
 class SongPageViewModel;
 class WatchFolderPickerModel;
-struct ProjectRow;
 
 /// What the one window shows: which pane, which card is expanded, what is being asked. It holds
 /// navigation state only; the data is the store's. Made by MenuBarView, which gives it the store;
@@ -50,7 +48,7 @@ class MenuBarViewModel : public QObject {
     /// The song page while there is one: what is open on it counts here too.
     Q_PROPERTY(
         ostra::SongPageViewModel *songPage READ songPage WRITE setSongPage NOTIFY songPageChanged)
-    Q_PROPERTY(ostra::ProjectListModel *projects READ projects CONSTANT)
+    Q_PROPERTY(ostra::RowList *projects READ projects CONSTANT)
     Q_PROPERTY(ostra::WatchFolderPickerModel *folderPicker READ folderPicker CONSTANT)
     Q_PROPERTY(QString footerText READ footerText NOTIFY footerTextChanged)
     /// The banners' words. They stay when the store has cleared theirs: a banner that is leaving
@@ -90,7 +88,7 @@ public:
     void setConfirmingAbletonRelaunch(bool confirming);
     SongPageViewModel *songPage() const;
     void setSongPage(SongPageViewModel *page);
-    ProjectListModel *projects() const { return m_projects; }
+    ProjectRows *projects() { return &m_projects; }
     WatchFolderPickerModel *folderPicker() const { return m_folderPicker; }
     QString footerText() const;
 
@@ -127,6 +125,7 @@ signals:
     void footerTextChanged();
     void bannerTextsChanged();
     void scrollToTopRequested();
+    void projectsAboutToChange(); ///< some come, go or move
 
 private:
     void updateProjects();
@@ -137,7 +136,9 @@ private:
     void updateShownStrip();
 
     QPointer<DaemonState> m_daemon;
-    ProjectListModel *m_projects;
+    // No more rows than are in sight and the next, for the keyboard to go to: they are what the
+    // first frame waits for.
+    ProjectRows m_projects{kProjectRowHeight, 0, 60};
     WatchFolderPickerModel *m_folderPicker;
     RelativeClock *m_clock;
     QPointer<SongPageViewModel> m_songPage;

@@ -5,11 +5,10 @@ import Ostra.Design
 import Ostra.Views
 
 /// The tracked projects, then the discovered ones. Only what is near the viewport exists.
-ListView {
+DSScrollView {
     id: root
 
     required property MenuBarViewModel menu
-    readonly property Item focusedItem: root.Window.activeFocusItem
 
     /// The card whose head stays where it is while cards open and close.
     property Item held
@@ -20,54 +19,50 @@ ListView {
         root.heldAt = card.y - root.contentY;
     }
     function scrollTo(y: real): void {
-        root.contentY = Math.max(root.originY, Math.min(y, root.originY + root.contentHeight - root.height));
-    }
-    function reveal(item: Item): void {
-        let inside = item;
-        while (inside && inside !== root.contentItem)
-            inside = inside.parent;
-        if (!inside)
-            return;
-        const top = item.mapToItem(root.contentItem, 0, 0).y;
-        if (top - 8 < root.contentY)
-            root.scrollTo(top - 8);
-        else if (top + item.height + 8 > root.contentY + root.height)
-            root.scrollTo(Math.min(top - 8, top + item.height + 8 - root.height));
+        root.contentY = Math.max(0, Math.min(y, root.contentHeight - root.height));
     }
 
-    clip: true
-    pixelAligned: true
-    boundsBehavior: Flickable.StopAtBounds
-    cacheBuffer: 60 // the next row, for the keyboard to go to
-    model: root.menu.projects
+    contentHeight: root.menu.projects.height
     onContentHeightChanged: if (root.held)
         root.scrollTo(root.held.y - root.heldAt)
-    onMovementStarted: root.held = null
-    onFocusedItemChanged: if (root.focusedItem)
-        root.reveal(root.focusedItem)
+    onScrolled: root.held = null
 
-    DSScrollBar {
-        view: root
-    }
+    RowListView {
+        id: rows
+        width: root.width
+        list: root.menu.projects
 
-    ReadingOrder {
-        container: root.contentItem
+        delegate: ProjectListRow {
+            id: row
+
+            required property int rowTop
+            required property string rowKey
+
+            y: row.rowTop
+            width: rows.width
+            menu: root.menu
+            onImplicitHeightChanged: root.menu.projects.setRowHeight(row.rowKey, row.implicitHeight)
+            onHeld: root.hold(row)
+        }
     }
     RowMotion {
-        container: root.contentItem
-        model: root.menu.projects
+        id: motion
+        container: rows
+    }
+    Connections {
+        target: root.menu.projects
+        function onShifted(visibleTop: real): void {
+            root.scrollTo(visibleTop);
+        }
     }
     Connections {
         target: root.menu
-        function onScrollToTopRequested(): void {
-            root.positionViewAtBeginning();
+        function onProjectsAboutToChange(): void {
+            motion.prepare();
         }
-    }
-
-    delegate: ProjectListRow {
-        id: row
-        width: root.width
-        menu: root.menu
-        onHeld: root.hold(row)
+        function onScrollToTopRequested(): void {
+            root.held = null;
+            root.contentY = 0;
+        }
     }
 }

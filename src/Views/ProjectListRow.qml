@@ -18,8 +18,8 @@ DSSlot {
     signal held
 
     sourceComponent: [label, null, project, divider, discovered][root.kind]
-    source: root.kind === ProjectListModel.EmptyState ? "NoProjects.qml" : ""
-    given: root.kind === ProjectListModel.EmptyState ? ({
+    source: root.kind === ProjectRowKind.EmptyState ? "NoProjects.qml" : ""
+    given: root.kind === ProjectRowKind.EmptyState ? ({
             menu: root.menu
         }) : ({})
 

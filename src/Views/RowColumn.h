@@ -12,10 +12,14 @@ namespace ostra {
 template <typename Row, typename Traits>
 class RowColumn {
 public:
-    /// Rows so far beyond the visible part exist too: what the next flick or Tab needs.
+    /// Rows so far beyond the visible part exist too, unless told otherwise: what the next flick or
+    /// Tab needs.
     static constexpr int kMargin = 240;
-    /// So few rows always exist: assistive technology finds them without scrolling.
+    /// So few rows always exist, unless told otherwise: assistive technology finds them without
+    /// scrolling.
     static constexpr qsizetype kFew = 60;
+
+    explicit RowColumn(qsizetype few = kFew, int margin = kMargin) : m_few(few), m_margin(margin) {}
 
     KeyedListModel<Row, Traits> *model() { return &m_model; }
     const QList<Row> &rows() const { return m_rows; }
@@ -32,6 +36,7 @@ public:
         show(firstVisible(), lastVisible());
     }
 
+    qreal visibleTop() const { return m_visibleTop; }
     void setVisible(qreal top, qreal bottom)
     {
         m_visibleTop = top;
@@ -46,21 +51,21 @@ public:
 private:
     qsizetype firstVisible() const
     {
-        if (m_rows.size() <= kFew) {
+        if (m_rows.size() <= m_few) {
             return 0;
         }
         const auto endsAbove = [&](const Row &row) {
-            return row.top + row.height <= m_visibleTop - kMargin;
+            return row.top + row.height <= m_visibleTop - m_margin;
         };
         return std::distance(m_rows.begin(), std::ranges::partition_point(m_rows, endsAbove));
     }
     qsizetype lastVisible() const
     {
-        if (m_rows.size() <= kFew) {
+        if (m_rows.size() <= m_few) {
             return m_rows.size();
         }
         const auto startsAbove = [&](const Row &row) {
-            return row.top < m_visibleBottom + kMargin;
+            return row.top < m_visibleBottom + m_margin;
         };
         return std::distance(m_rows.begin(), std::ranges::partition_point(m_rows, startsAbove));
     }
@@ -71,6 +76,8 @@ private:
         m_model.setRows(m_rows.sliced(m_first, m_last - m_first));
     }
 
+    qsizetype m_few;
+    int m_margin;
     KeyedListModel<Row, Traits> m_model;
     QList<Row> m_rows;
     qreal m_visibleTop = 0;

@@ -28,13 +28,21 @@ public:
 
 signals:
     void heightChanged();
+    /// New rows came before what is on screen, or went: it now stands at `visibleTop`.
+    void shifted(qreal visibleTop);
 };
 
 /// The rows of one type, which has the members `top` and `height` besides its own.
 template <typename Row, typename Traits>
 class RowListOf final : public RowList {
 public:
-    explicit RowListOf(int rowHeight) : m_rowHeight(rowHeight) {}
+    using Column = RowColumn<Row, Traits>;
+
+    /// `few` rows always exist, and those `margin` points beyond the visible part.
+    explicit RowListOf(int rowHeight, qsizetype few = Column::kFew, int margin = Column::kMargin)
+        : m_rowHeight(rowHeight), m_column(few, margin)
+    {
+    }
 
     QAbstractItemModel *rows() override { return m_column.model(); }
     const QList<Row> &allRows() const { return m_column.rows(); }
@@ -55,7 +63,15 @@ public:
             }
         }
         m_heights = std::move(heights);
+        const Row *seen = firstSeen();
+        const QString key = seen != nullptr ? Traits::key(*seen) : QString();
+        const int before = seen != nullptr ? seen->top : 0;
+        const qreal visibleTop = m_column.visibleTop();
         layOut(std::move(unique));
+        const auto now = std::ranges::find(allRows(), key, &Traits::key);
+        if (now != allRows().end() && now->top != before) {
+            emit shifted(visibleTop + now->top - before);
+        }
     }
 
     void setVisible(qreal top, qreal bottom) override
@@ -63,6 +79,7 @@ public:
         m_isChanging = true;
         m_column.setVisible(top, bottom);
         m_isChanging = false;
+        layOutWhatIsDue();
     }
 
     void setRowHeight(const QString &key, qreal height) override
@@ -72,16 +89,31 @@ public:
             return;
         }
         *known = qRound(height);
+        // A row that is being made must not change the list that makes it.
+        m_isLayoutDue = true;
         if (!m_isChanging) {
-            layOut(m_column.rows());
-        } else if (!std::exchange(m_isLayoutDue, true)) {
-            // A row that is being made must not change the list that makes it.
-            QMetaObject::invokeMethod(
-                this, [this] { layOut(m_column.rows()); }, Qt::QueuedConnection);
+            layOutWhatIsDue();
         }
     }
 
 private:
+    /// The first row on screen that stays.
+    const Row *firstSeen() const
+    {
+        const auto isSeen = [this](const Row &row) {
+            return row.top + row.height > m_column.visibleTop() &&
+                   m_heights.contains(Traits::key(row));
+        };
+        const auto seen = std::ranges::find_if(allRows(), isSeen);
+        return seen == allRows().end() ? nullptr : &*seen;
+    }
+    void layOutWhatIsDue()
+    {
+        // Rows that are made by that may have heights of their own again.
+        while (m_isLayoutDue) {
+            layOut(m_column.rows());
+        }
+    }
     void layOut(QList<Row> rows)
     {
         const int before = height();
@@ -95,10 +127,11 @@ private:
         if (height() != before) {
             emit heightChanged();
         }
+        layOutWhatIsDue();
     }
 
     int m_rowHeight;
-    RowColumn<Row, Traits> m_column;
+    Column m_column;
     QHash<QString, int> m_heights; ///< of every row
     bool m_isChanging = false;
     bool m_isLayoutDue = false;

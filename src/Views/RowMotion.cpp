@@ -7,23 +7,16 @@
 
 namespace ostra {
 
-RowMotion::~RowMotion() = default;
+namespace {
 
-void RowMotion::setModel(QAbstractItemModel *model)
+qreal shownAt(const DSSlot &row)
 {
-    if (m_model == model) {
-        return;
-    }
-    if (m_model) {
-        m_model->disconnect(this);
-    }
-    m_model = model;
-    if (model != nullptr) {
-        connect(model, &QAbstractItemModel::rowsAboutToBeInserted, this, &RowMotion::note);
-        connect(model, &QAbstractItemModel::rowsAboutToBeRemoved, this, &RowMotion::note);
-    }
-    emit modelChanged();
+    return row.item()->mapToScene({0, 0}).y();
 }
+
+} // namespace
+
+RowMotion::~RowMotion() = default;
 
 QList<DSSlot *> RowMotion::rows() const
 {
@@ -38,12 +31,7 @@ QList<DSSlot *> RowMotion::rows() const
     return rows;
 }
 
-qreal RowMotion::shownAt(const DSSlot &row) const
-{
-    return m_container->y() + row.y() + row.item()->y();
-}
-
-void RowMotion::note()
+void RowMotion::prepare()
 {
     QQuickWindow *window = m_container ? m_container->window() : nullptr;
     if (m_nextFrame || window == nullptr || !window->isSceneGraphInitialized() ||
@@ -52,9 +40,9 @@ void RowMotion::note()
     }
     const QList<DSSlot *> rows = this->rows();
     for (DSSlot *row : rows) {
-        m_noted.insert(row, shownAt(*row));
+        m_before.insert(row, shownAt(*row));
     }
-    // The list lays itself out before that.
+    // The list has been laid out by then.
     m_nextFrame = connect(window, &QQuickWindow::afterAnimating, this, &RowMotion::begin);
 }
 
@@ -64,12 +52,12 @@ void RowMotion::begin()
     m_moved.clear();
     const QList<DSSlot *> rows = m_container ? this->rows() : QList<DSSlot *>();
     for (DSSlot *row : rows) {
-        const auto before = m_noted.constFind(row);
-        const bool isNew = before == m_noted.constEnd();
+        const auto before = m_before.constFind(row);
+        const bool isNew = before == m_before.constEnd();
         row->item()->setY(0);
         m_moved.append({row, isNew ? 0 : *before - shownAt(*row), isNew ? 0 : row->opacity()});
     }
-    m_noted.clear();
+    m_before.clear();
     if (!m_animation) {
         m_animation = std::make_unique<QVariantAnimation>();
         m_animation->setEasingCurve(QEasingCurve::InOutQuad);

@@ -9,7 +9,6 @@ Column {
     id: root
 
     required property VersionsStripModel strip
-    required property Component list
 
     visible: root.strip.hasSafetySnapshots
 
@@ -40,6 +39,9 @@ Column {
     DSReveal {
         width: root.width
         shown: root.strip.showSafetySnapshots
-        content: root.list
+        content: VersionList {
+            list: root.strip.safetySnapshots
+            onRestore: name => root.strip.restore(name)
+        }
     }
 }

@@ -10,22 +10,6 @@ Column {
 
     required property VersionsStripModel strip
 
-    component Versions: Column {
-        id: list
-
-        required property VersionListModel versions
-
-        Repeater {
-            model: list.versions
-
-            delegate: VersionRow {
-                id: row
-                width: list.width
-                onRestore: root.strip.restore(row.name)
-            }
-        }
-    }
-
     topPadding: 5
 
     DSDivider {
@@ -103,18 +87,14 @@ Column {
                 width: parent.width
                 strip: root.strip
             }
-            Versions {
+            VersionList {
                 width: parent.width
-                versions: root.strip.namedVersions
+                list: root.strip.namedVersions
+                onRestore: name => root.strip.restore(name)
             }
             SafetySnapshots {
                 width: parent.width
                 strip: root.strip
-                list: Component {
-                    Versions {
-                        versions: root.strip.safetySnapshots
-                    }
-                }
             }
         }
     }

@@ -2,10 +2,8 @@
 
 #include "DaemonState.h"
 #include "Views/ProjectTexts.h"
-#include "Views/VersionListModel.h"
 
-#include <algorithm>
-#include <iterator>
+#include <utility>
 
 namespace ostra {
 
@@ -13,7 +11,6 @@ using namespace Qt::StringLiterals;
 
 VersionsStripModel::VersionsStripModel(DaemonState *daemon, QString repoName, QObject *parent)
     : QObject(parent), m_daemon(daemon), m_repoName(std::move(repoName)),
-      m_namedVersions(new VersionListModel(this)), m_safetySnapshots(new VersionListModel(this)),
       m_currentLabel(ProjectTexts::kUnsaved.toString())
 {
     connect(daemon, &DaemonState::reposChanged, this, &VersionsStripModel::updateCurrentLabel);
@@ -64,12 +61,12 @@ void VersionsStripModel::setShowSafetySnapshots(bool show)
 
 bool VersionsStripModel::hasSafetySnapshots() const
 {
-    return !m_safetySnapshots->rows().isEmpty();
+    return !m_safetySnapshots.allRows().isEmpty();
 }
 
 QString VersionsStripModel::safetyText() const
 {
-    return ProjectTexts::safetyText(static_cast<int>(m_safetySnapshots->rows().size()));
+    return ProjectTexts::safetyText(static_cast<int>(m_safetySnapshots.allRows().size()));
 }
 
 bool VersionsStripModel::isSaved() const
@@ -174,12 +171,14 @@ QCoro::Task<> VersionsStripModel::performRestore(Self self, QString name)
 void VersionsStripModel::setVersions(QList<AlbumVersion> versions)
 {
     m_versions = std::move(versions);
-    QList<AlbumVersion> named;
-    QList<AlbumVersion> safety;
-    std::ranges::partition_copy(m_versions, std::back_inserter(safety), std::back_inserter(named),
-                                ProjectTexts::isSafetySnapshot);
-    m_namedVersions->setRows(std::move(named));
-    m_safetySnapshots->setRows(std::move(safety));
+    QList<VersionRowData> named;
+    QList<VersionRowData> safety;
+    for (const AlbumVersion &version : std::as_const(m_versions)) {
+        (ProjectTexts::isSafetySnapshot(version) ? safety : named)
+            .append({version.name, version.created, version.note.value_or(QString())});
+    }
+    m_namedVersions.setRows(named);
+    m_safetySnapshots.setRows(safety);
     emit versionsChanged();
     updateCurrentLabel();
 }

@@ -1,18 +1,16 @@
 #pragma once
 
 #include "Models/RepositoryRecords.h"
+#include "Views/VersionRows.h"
 
 #include <QCoroTask>
 #include <QObject>
 #include <QPointer>
 #include <QtQml/qqmlregistration.h>
 
-Q_MOC_INCLUDE("Views/VersionListModel.h")
-
 namespace ostra {
 
 class DaemonState;
-class VersionListModel;
 
 /// The album versions of one project: which of them the project stands at, naming a new one,
 /// restoring one, and the snapshots that the service takes by itself. Owned by the project's
@@ -30,8 +28,8 @@ class VersionsStripModel : public QObject {
     Q_PROPERTY(bool canSubmit READ canSubmit NOTIFY newVersionNameChanged)
     Q_PROPERTY(bool showSafetySnapshots READ showSafetySnapshots WRITE setShowSafetySnapshots NOTIFY
                    showSafetySnapshotsChanged)
-    Q_PROPERTY(ostra::VersionListModel *namedVersions READ namedVersions CONSTANT)
-    Q_PROPERTY(ostra::VersionListModel *safetySnapshots READ safetySnapshots CONSTANT)
+    Q_PROPERTY(ostra::RowList *namedVersions READ namedVersions CONSTANT)
+    Q_PROPERTY(ostra::RowList *safetySnapshots READ safetySnapshots CONSTANT)
     Q_PROPERTY(bool hasSafetySnapshots READ hasSafetySnapshots NOTIFY versionsChanged)
     Q_PROPERTY(QString safetyText READ safetyText NOTIFY versionsChanged)
     Q_PROPERTY(bool isSaved READ isSaved NOTIFY currentLabelChanged)
@@ -56,8 +54,8 @@ public:
     bool canSubmit() const;
     bool showSafetySnapshots() const { return m_showSafetySnapshots; }
     void setShowSafetySnapshots(bool show);
-    VersionListModel *namedVersions() const { return m_namedVersions; }
-    VersionListModel *safetySnapshots() const { return m_safetySnapshots; }
+    VersionRows *namedVersions() { return &m_namedVersions; }
+    VersionRows *safetySnapshots() { return &m_safetySnapshots; }
     bool hasSafetySnapshots() const;
     QString safetyText() const;
     /// Whether a named version matches the saved state.
@@ -97,8 +95,8 @@ private:
     QPointer<DaemonState> m_daemon;
     QString m_repoName;
     QList<AlbumVersion> m_versions;
-    VersionListModel *m_namedVersions;
-    VersionListModel *m_safetySnapshots;
+    VersionRows m_namedVersions{kVersionRowHeight, 12};
+    VersionRows m_safetySnapshots{kVersionRowHeight, 12};
     QString m_newVersionName;
     QString m_newVersionNote;
     QString m_currentLabel;

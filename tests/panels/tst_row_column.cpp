@@ -174,15 +174,42 @@ private slots:
         QCOMPARE(tops(list), (QList<int>{0, 28}));
     }
 
-    void aRowThatIsBeingMadeTellsItsHeightAndIsHeardLater()
+    void aRowThatIsBeingMadeTellsItsHeightAndIsHeardWhenAllAreMade()
     {
         List list(28);
-        connect(list.rows(), &QAbstractItemModel::rowsInserted, this,
-                [&] { list.setRowHeight(u"a"_s, 60); });
+        QList<int> meanwhile;
+        connect(list.rows(), &QAbstractItemModel::rowsInserted, this, [&] {
+            list.setRowHeight(u"a"_s, 60);
+            meanwhile = tops(list);
+        });
         list.setRows(named({u"a"_s, u"b"_s}));
-        QCOMPARE(tops(list), (QList<int>{0, 28}));
-        QCoreApplication::processEvents();
+        QCOMPARE(meanwhile, (QList<int>{0, 28}));
         QCOMPARE(tops(list), (QList<int>{0, 60}));
+    }
+
+    void rowsThatComeAboveWhatIsSeenTellWhereThatStandsNow()
+    {
+        List list(20, 0);
+        const QSignalSpy shifted(&list, &List::shifted);
+        list.setRows(named({u"a"_s, u"b"_s, u"c"_s, u"d"_s}));
+        list.setVisible(45, 80); // from the middle of c
+        list.setRows(named({u"a"_s, u"new"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s}));
+        QCOMPARE(shifted.size(), 1);
+        QCOMPARE(shifted.last().first().toReal(), 65.0);
+        list.setVisible(65, 100);
+        list.setRows(named({u"b"_s, u"d"_s, u"e"_s})); // c itself is gone
+        QCOMPARE(shifted.size(), 2);
+        QCOMPARE(shifted.last().first().toReal(), 5.0);
+    }
+
+    void rowsThatComeBelowTheTopMoveNothing()
+    {
+        List list(20, 0);
+        const QSignalSpy shifted(&list, &List::shifted);
+        list.setRows(named({u"a"_s, u"b"_s}));
+        list.setVisible(0, 40);
+        list.setRows(named({u"a"_s, u"new"_s, u"b"_s}));
+        QVERIFY(shifted.isEmpty());
     }
 };
 

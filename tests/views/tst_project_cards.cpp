@@ -1,6 +1,7 @@
 #include "ViewFixture.h"
 #include "Views/MenuBarViewModel.h"
 
+#include <QQuickItem>
 #include <QTest>
 
 using namespace ostra;
@@ -158,6 +159,55 @@ private slots:
         view.settle();
         QCOMPARE(view.all(QAccessible::EditableText).size(), 1);
         QCOMPARE(fieldText(view, u"Version name"_s), QString());
+    }
+
+    void ofManySongsThoseInSightAreMade()
+    {
+        ViewFixture view;
+        QJsonArray songs;
+        for (int i = 0; i < 300; ++i) {
+            songs.append(SongJson{.filename = u"Song %1.als"_s.arg(i), .changed = i == 299});
+        }
+        view.setStatus({RepoJson{.name = u"Demo"_s, .songs = songs}});
+        view.show();
+        view.press(u"Demo"_s);
+        QVERIFY(view.has(QAccessible::Button, u"Song 0"_s));
+        QVERIFY(!view.has(QAccessible::Button, u"Song 299"_s));
+        QVERIFY(view.all(QAccessible::Button).size() < 40);
+        const auto *list = view.view->rootObject()->findChild<QQuickItem *>(u"projectList"_s);
+        const QPointF end = list->mapToScene({list->width() - 3, list->height() - 3});
+        QTest::mouseClick(view.view.get(), Qt::LeftButton, {}, end.toPoint()); // on the scroll bar
+        view.settle();
+        QVERIFY(view.has(QAccessible::Button, u"Album versions"_s));
+        QVERIFY(!view.has(QAccessible::Button, u"Song 0"_s));
+        view.press(u"Save"_s); // of the last song
+        view.type(u"mix-v3"_s);
+        view.daemon->refreshAll();
+        view.settle();
+        QCOMPARE(fieldText(view, u"Version name"_s), u"mix-v3"_s);
+        QCOMPARE(view.focusName(), u"Version name"_s);
+    }
+
+    void songsStandUnderEachOtherWhateverTheirHeight()
+    {
+        ViewFixture view;
+        view.setStatus({RepoJson{.name = u"Demo"_s,
+                                 .songs = {SongJson{.filename = u"A.als"_s, .changed = true},
+                                           SongJson{.filename = u"B.als"_s, .variations = {}},
+                                           SongJson{.filename = u"C.als"_s}}}});
+        view.show();
+        view.press(u"Demo"_s);
+        const auto placeOf = [&view](const QString &button) {
+            return view.find(QAccessible::Button, button)->rect();
+        };
+        const int without = placeOf(u"C"_s).top();
+        QCOMPARE(placeOf(u"B"_s).top(), placeOf(u"A"_s).bottom() + 1);
+        QVERIFY(placeOf(u"B"_s).height() < placeOf(u"A"_s).height());
+        QCOMPARE(without, placeOf(u"B"_s).bottom() + 1);
+        view.press(u"Save"_s);
+        QVERIFY(placeOf(u"C"_s).top() > without + 20);
+        view.key(Qt::Key_Escape);
+        QCOMPARE(placeOf(u"C"_s).top(), without);
     }
 
     void openingASongShowsItsPage()

@@ -14,12 +14,15 @@ Item {
     readonly property real length: Math.max(0.08, root.shownPart) * root.track
     readonly property real travel: root.track - root.length
 
+    signal moved
+
     function moveTo(place: real): void {
         const part = Math.max(0, Math.min(1, place / root.travel));
         if (root.across)
             root.view.contentX = root.view.originX + part * (root.view.contentWidth - root.view.width);
         else
             root.view.contentY = root.view.originY + part * (root.view.contentHeight - root.view.height);
+        root.moved();
     }
 
     parent: root.view

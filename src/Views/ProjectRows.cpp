@@ -1,15 +1,16 @@
-#include "Views/ProjectListModel.h"
+#include "Views/ProjectRows.h"
 
 namespace ostra {
 
 QHash<int, QByteArray> ProjectRowTraits::roleNames()
 {
-    return {{KindRole, "kind"}, {IdRole, "rowId"}, {TitleRole, "title"}, {DetailRole, "detail"}};
+    return {{KindRole, "kind"},   {IdRole, "rowId"},      {KeyRole, "rowKey"},
+            {TitleRole, "title"}, {DetailRole, "detail"}, {TopRole, "rowTop"}};
 }
 
-QPair<int, QString> ProjectRowTraits::key(const ProjectRow &row)
+QString ProjectRowTraits::key(const ProjectRow &row)
 {
-    return {static_cast<int>(row.kind), row.id};
+    return QString::number(static_cast<int>(row.kind)) + row.id;
 }
 
 QVariant ProjectRowTraits::data(const ProjectRow &row, int role)
@@ -19,10 +20,14 @@ QVariant ProjectRowTraits::data(const ProjectRow &row, int role)
         return static_cast<int>(row.kind);
     case IdRole:
         return row.id;
+    case KeyRole:
+        return key(row);
     case TitleRole:
         return row.title;
     case DetailRole:
         return row.detail;
+    case TopRole:
+        return row.top;
     default:
         return {};
     }
@@ -36,6 +41,9 @@ QList<int> ProjectRowTraits::changedRoles(const ProjectRow &before, const Projec
     }
     if (before.detail != after.detail) {
         roles << DetailRole;
+    }
+    if (before.top != after.top) {
+        roles << TopRole;
     }
     return roles;
 }

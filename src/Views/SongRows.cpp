@@ -1,4 +1,4 @@
-#include "Views/SongListModel.h"
+#include "Views/SongRows.h"
 
 namespace ostra {
 
@@ -7,7 +7,8 @@ QHash<int, QByteArray> SongRowTraits::roleNames()
     return {{FilenameRole, "filename"},
             {DisplayNameRole, "displayName"},
             {InfoLineRole, "infoLine"},
-            {ChangedRole, "changed"}};
+            {ChangedRole, "changed"},
+            {TopRole, "rowTop"}};
 }
 
 QVariant SongRowTraits::data(const SongRowData &row, int role)
@@ -21,6 +22,8 @@ QVariant SongRowTraits::data(const SongRowData &row, int role)
         return row.infoLine;
     case ChangedRole:
         return row.changed;
+    case TopRole:
+        return row.top;
     default:
         return {};
     }
@@ -34,6 +37,9 @@ QList<int> SongRowTraits::changedRoles(const SongRowData &before, const SongRowD
     }
     if (before.changed != after.changed) {
         roles << ChangedRole;
+    }
+    if (before.top != after.top) {
+        roles << TopRole;
     }
     return roles;
 }

@@ -1,4 +1,4 @@
-#include "Views/VersionListModel.h"
+#include "Views/VersionRows.h"
 
 #include "Views/ProjectTexts.h"
 
@@ -6,10 +6,10 @@ namespace ostra {
 
 QHash<int, QByteArray> VersionRowTraits::roleNames()
 {
-    return {{NameRole, "name"}, {DateRole, "date"}, {NoteRole, "note"}};
+    return {{NameRole, "name"}, {DateRole, "date"}, {NoteRole, "note"}, {TopRole, "rowTop"}};
 }
 
-QVariant VersionRowTraits::data(const AlbumVersion &version, int role)
+QVariant VersionRowTraits::data(const VersionRowData &version, int role)
 {
     switch (role) {
     case NameRole:
@@ -17,13 +17,15 @@ QVariant VersionRowTraits::data(const AlbumVersion &version, int role)
     case DateRole:
         return ProjectTexts::createdDate(version.created);
     case NoteRole:
-        return version.note.value_or(QString());
+        return version.note;
+    case TopRole:
+        return version.top;
     default:
         return {};
     }
 }
 
-QList<int> VersionRowTraits::changedRoles(const AlbumVersion &before, const AlbumVersion &after)
+QList<int> VersionRowTraits::changedRoles(const VersionRowData &before, const VersionRowData &after)
 {
     QList<int> roles;
     if (before.created != after.created) {
@@ -31,6 +33,9 @@ QList<int> VersionRowTraits::changedRoles(const AlbumVersion &before, const Albu
     }
     if (before.note != after.note) {
         roles << NoteRole;
+    }
+    if (before.top != after.top) {
+        roles << TopRole;
     }
     return roles;
 }

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "KeyedListModel.h"
-
-#include <QtQml/qqmlregistration.h>
+#include "Views/RowList.h"
 
 namespace ostra {
 
@@ -12,12 +10,14 @@ struct SongRowData {
     QString displayName;
     QString infoLine;
     bool changed = false; ///< since its last version
+    int top = 0;          ///< in points, from the top of the list
+    int height = 0;       ///< in points
 
     bool operator==(const SongRowData &) const = default;
 };
 
 struct SongRowTraits {
-    enum Role { FilenameRole = Qt::UserRole, DisplayNameRole, InfoLineRole, ChangedRole };
+    enum Role { FilenameRole = Qt::UserRole, DisplayNameRole, InfoLineRole, ChangedRole, TopRole };
 
     static QHash<int, QByteArray> roleNames();
     static QString key(const SongRowData &row) { return row.filename; }
@@ -26,13 +26,9 @@ struct SongRowTraits {
 };
 
 /// The songs of one project, in the service's order.
-class SongListModel : public KeyedListModel<SongRowData, SongRowTraits> {
-    Q_OBJECT
-    QML_ELEMENT
-    QML_UNCREATABLE("made by FileStateViewModel")
+using SongRows = RowListOf<SongRowData, SongRowTraits>;
 
-public:
-    using KeyedListModel::KeyedListModel;
-};
+/// A row with an info line and no field, in points.
+inline constexpr int kSongRowHeight = 38;
 
 } // namespace ostra
