@@ -117,11 +117,7 @@ void FolderWatch::folderChanged(const QString &folder)
     }
     for (const QString &path : subfoldersOf(folder)) {
         if (!m_folders.contains(path)) {
-            QList<FoundProject> found;
-            addTree(path, First::saves, &found);
-            for (const FoundProject &project : found) {
-                emit projectAppeared(project);
-            }
+            welcome(path, First::saves);
         }
     }
 }
@@ -140,13 +136,17 @@ void FolderWatch::addTree(const QString &folder, First first, QList<FoundProject
     while (!pending.isEmpty()) {
         const QString next = pending.takeLast();
         addFolder(next, first);
-        QStringList sets = m_folders.value(next).keys();
-        if (!sets.isEmpty()) {
-            sets.sort();
-            const auto known = ProjectFile::load(next + QLatin1String("/.ostra/project.json"));
-            found->append({next, sets, known ? known->id : QString()});
-        }
+        note(next, found);
         pending += subfoldersOf(next);
+    }
+}
+
+void FolderWatch::note(const QString &folder, QList<FoundProject> *found) const
+{
+    const QStringList sets = m_folders.value(folder).keys(); // sorted
+    if (!sets.isEmpty()) {
+        const auto known = ProjectFile::load(folder + QLatin1String("/.ostra/project.json"));
+        found->append({folder, sets, known ? known->id : QString()});
     }
 }
 
@@ -284,7 +284,7 @@ void FolderWatch::checkAnchored()
             if (m_folders.contains(folder) && !isThere) {
                 removeTree(folder);
             } else if (!m_folders.contains(folder) && isThere) {
-                comeBack(folder);
+                welcome(folder, First::baseline);
             }
             if (m_projects.contains(folder) || m_roots.contains(folder)) {
                 anchor(folder);
@@ -298,16 +298,19 @@ void FolderWatch::checkAnchored()
     }
 }
 
-void FolderWatch::comeBack(const QString &folder)
+/// A folder is there that was not. Projects in it are told twice over, by where they are and by
+/// who they are: whoever asked to watch them here may have followed them elsewhere meanwhile.
+void FolderWatch::welcome(const QString &folder, First first)
 {
-    if (m_roots.contains(folder)) {
-        QList<FoundProject> found;
-        addTree(folder, First::baseline, &found);
-        for (const FoundProject &project : found) {
-            emit projectAppeared(project);
-        }
-    } else if (m_projects.contains(folder)) {
-        addFolder(folder, First::baseline);
+    QList<FoundProject> found;
+    if (isBelowRoot(folder)) {
+        addTree(folder, first, &found);
+    } else {
+        addFolder(folder, first);
+        note(folder, &found);
+    }
+    for (const FoundProject &project : found) {
+        emit projectAppeared(project);
     }
     for (const QString &project : std::as_const(m_projects)) {
         if (isInside(project, folder) && m_folders.contains(project)) {

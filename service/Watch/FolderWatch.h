@@ -45,7 +45,8 @@ signals:
     /// What a new root holds; nothing of it is reported as saved. An unreachable root holds
     /// nothing.
     void rootScanned(const QString &root, const QList<ostra::FoundProject> &projects);
-    /// A folder with sets came into a root after it had been looked through.
+    /// A folder with sets came into a root after it had been looked through, or a project came
+    /// back.
     void projectAppeared(const ostra::FoundProject &project);
     void projectGone(const QString &folder);
     void projectBack(const QString &folder);
@@ -59,6 +60,7 @@ private:
     void fileChanged(const QString &path);
     void addTree(const QString &folder, First first, QList<FoundProject> *found);
     void addFolder(const QString &folder, First first);
+    void note(const QString &folder, QList<FoundProject> *found) const;
     void removeTree(const QString &folder);
     void compare(const QString &folder, First first);
     void watchFile(const QString &path, const FileStamp &stamp);
@@ -67,7 +69,7 @@ private:
     void settle(const QString &path);
     void anchor(const QString &folder);
     void checkAnchored();
-    void comeBack(const QString &folder);
+    void welcome(const QString &folder, First first);
     void removeVanished(const QString &parent);
     bool isBelowRoot(const QString &folder) const;
     bool addPath(const QString &path);
