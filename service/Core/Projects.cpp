@@ -83,7 +83,8 @@ Projects::Projects(Options options, QObject *parent)
 {
     m_writers.setMaxThreadCount(2);
     m_readers.setMaxThreadCount(2);
-    for (QThreadPool *pool : {&m_writers, &m_readers}) {
+    m_thinkers.setMaxThreadCount(2);
+    for (QThreadPool *pool : {&m_writers, &m_readers, &m_thinkers}) {
         pool->setExpiryTimeout(10'000);
     }
     m_watch->moveToThread(&m_watchThread);
@@ -164,6 +165,8 @@ void Projects::stop()
     }
     m_writers.waitForDone();
     m_readers.waitForDone();
+    m_thinkers.clear();
+    m_thinkers.waitForDone();
     m_packer.clear();
     m_packer.waitForDone();
 }
@@ -325,7 +328,7 @@ void Projects::think(const IPCCommand &command, const Responder &respond, ReadFi
                 later([respond, message = thought.error().message] { respond.error(message); });
                 return;
             }
-            m_readers.start([this, respond, thought = std::move(*thought)] {
+            m_thinkers.start([this, respond, thought = std::move(*thought)] {
                 const QByteArray line = encodeReply(thought());
                 later([respond, line] { respond.line(line); });
             });

@@ -124,6 +124,7 @@ private:
     QList<TrackedPtr> m_tracked;
     QThreadPool m_writers;
     QThreadPool m_readers;
+    QThreadPool m_thinkers; ///< for seconds, so that no reading waits for them
     QThreadPool m_packer;
     QThread m_watchThread;
     FolderWatch *m_watch = nullptr;
