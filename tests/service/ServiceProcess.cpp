@@ -22,6 +22,13 @@ Json ServiceConnection::ask(const Json &request, int timeoutMs)
     return reply(timeoutMs);
 }
 
+Json ServiceConnection::askOfSong(const char *command, const Json &members)
+{
+    Json request{{"cmd", command}, {"repo", "Album"}, {"file", "Song.als"}};
+    request.update(members);
+    return ask(request);
+}
+
 void ServiceConnection::sendRaw(const QByteArray &bytes)
 {
     m_socket.write(bytes);

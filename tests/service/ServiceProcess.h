@@ -32,6 +32,8 @@ public:
     bool isConnected() const { return m_socket.state() == QLocalSocket::ConnectedState; }
     /// Sends one request and returns its reply; null after `timeoutMs`.
     Json ask(const Json &request, int timeoutMs = 15'000);
+    /// About Album/Song.als, unless the members say otherwise.
+    Json askOfSong(const char *command, const Json &members = Json::object());
     void sendRaw(const QByteArray &bytes);
     Json reply(int timeoutMs = 15'000);
     /// The next event that has not been taken yet; null after `timeoutMs`.

@@ -61,12 +61,9 @@ private slots:
 
 private:
     Json ask(Json request) { return m_client->ask(request); }
-    /// A command about Album/Song.als, unless the members say otherwise.
-    Json song(const char *command, Json members = Json::object())
+    Json song(const char *command, const Json &members = Json::object())
     {
-        Json request{{"cmd", command}, {"repo", "Album"}, {"file", "Song.als"}};
-        request.update(members);
-        return ask(request);
+        return m_client->askOfSong(command, members);
     }
     Json state(const char *file = "Song.als", const char *project = "Album")
     {

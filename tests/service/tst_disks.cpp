@@ -91,11 +91,9 @@ private slots:
 
 private:
     Json ask(Json request) { return m_client->ask(request); }
-    Json song(const char *command, Json members = Json::object())
+    Json song(const char *command, const Json &members = Json::object())
     {
-        Json request{{"cmd", command}, {"repo", "Album"}, {"file", "Song.als"}};
-        request.update(members);
-        return ask(request);
+        return m_client->askOfSong(command, members);
     }
     Json state()
     {
@@ -104,6 +102,18 @@ private:
     }
     QString path(const char *relative) { return m_service->path(QString::fromUtf8(relative)); }
     QByteArray read(const char *relative) { return m_service->read(QString::fromUtf8(relative)); }
+    /// With a version, an album version and a second variation.
+    void startWithThreeSaves()
+    {
+        start();
+        save(1);
+        song("song_version_create", {{"name", "first"}});
+        ask({{"cmd", "version_create"}, {"repo", "Album"}, {"name", "mix"}});
+        song("branch_track", {{"name", "b"}});
+        save(2);
+        song("checkout_track", {{"branch", "main"}});
+        save(3);
+    }
     void save(int state)
     {
         m_service->write(QStringLiteral("Music/Album/Song.als"), large(state));
@@ -239,14 +249,7 @@ void TestDisks::fullDiskIsAnErrorAndLosesNothing()
     } else {
         qInfo("mounting is not allowed: files that may not grow stand for a full disk");
     }
-    start();
-    save(1);
-    song("song_version_create", {{"name", "first"}});
-    ask({{"cmd", "version_create"}, {"repo", "Album"}, {"name", "mix"}});
-    song("branch_track", {{"name", "b"}});
-    save(2);
-    song("checkout_track", {{"branch", "main"}});
-    save(3);
+    startWithThreeSaves();
 
     m_mayMount ? fill() : limitFiles(0);
     everythingIsRefused();
@@ -317,14 +320,7 @@ void TestDisks::readOnlyProjectIsAnErrorAndLosesNothing()
         QCOMPARE(read("Music/Locked/Set.als"), SetFactory::set(1));
         return;
     }
-    start();
-    save(1);
-    song("song_version_create", {{"name", "first"}});
-    ask({{"cmd", "version_create"}, {"repo", "Album"}, {"name", "mix"}});
-    song("branch_track", {{"name", "b"}});
-    save(2);
-    song("checkout_track", {{"branch", "main"}});
-    save(3);
+    startWithThreeSaves();
     setReadOnly("Music/Album", true);
     everythingIsRefused();
     COMPARE_JSON(song("song_graph")["nodes"].size(), 3u);

@@ -2,6 +2,7 @@
 
 #include "Sets/References.h"
 #include "Sets/SameMusic.h"
+#include "Sets/SetDiff.h"
 #include "Sets/SetDocument.h"
 
 #include <QDirIterator>
@@ -97,6 +98,26 @@ private:
 QByteArray musicOf(const Set &set)
 {
     return Dump(set.document().model()).run();
+}
+
+QByteArray music(const QByteArray &file)
+{
+    const auto set = readSet(file);
+    return set ? musicOf(*set) : QByteArray("unreadable");
+}
+
+QStringList differences(const QByteArray &before, const QByteArray &after)
+{
+    QStringList texts;
+    const auto a = readSet(before);
+    const auto b = readSet(after);
+    if (!a || !b) {
+        return {QStringLiteral("unreadable")};
+    }
+    for (const auto &line : diffSets(*a, *b)) {
+        texts.append(line.text);
+    }
+    return texts;
 }
 
 QString realSetsFolder()

@@ -1,7 +1,6 @@
 #include "Music.h"
 #include "RandomEdits.h"
 #include "Sets/Set.h"
-#include "Sets/SetDiff.h"
 #include "Sets/SetMerge.h"
 #include "SetSketch.h"
 
@@ -22,23 +21,6 @@ struct Triple {
 
     MergeInputs inputs() const { return {base, into, from, QStringLiteral("Song.als")}; }
 };
-
-QStringList lines(const QByteArray &before, const QByteArray &after)
-{
-    QStringList texts;
-    const auto a = readSet(before);
-    const auto b = readSet(after);
-    for (const auto &line : a &&b ? diffSets(*a, *b) : QList<DeltaSummary>()) {
-        texts.append(line.text);
-    }
-    return texts;
-}
-
-QByteArray music(const QByteArray &file)
-{
-    const auto set = readSet(file);
-    return set ? musicOf(*set) : QByteArray("unreadable");
-}
 
 /// Without what a merge leaves as it is in "into": what is armed or soloed, the loop brace, how
 /// things look, where files lie. An automatic name says where its track stands.
@@ -157,15 +139,15 @@ bool isMove(const QString &line)
 /// the other side removed has nowhere to move.
 bool isSameOrder(const QByteArray &into, const QByteArray &from)
 {
-    return std::ranges::none_of(lines(into, from), isMove);
+    return std::ranges::none_of(differences(into, from), isMove);
 }
 
 /// What "from" changed, "into" did not, and the plan does not mention.
 QStringList droppedSilently(const Triple &all)
 {
     const Words words(planMerge(all.inputs()));
-    auto dropped = lines(all.base, all.from);
-    const auto ours = lines(all.base, all.into);
+    auto dropped = differences(all.base, all.from);
+    const auto ours = differences(all.base, all.into);
     dropped.removeIf([&](const QString &line) {
         return ours.contains(line) || words.tell(line) ||
                (isMove(line) && isSameOrder(all.into, all.from));
@@ -241,7 +223,7 @@ void TestMergeLaws::everyGeneratedChangeIsInThePlan()
         const auto dropped = droppedSilently(all);
         QVERIFY2(dropped.isEmpty(), qPrintable(QStringLiteral("%1: %2").arg(round).arg(
                                         dropped.join(QLatin1Char('\n')))));
-        told += static_cast<int>(lines(all.base, all.from).size());
+        told += static_cast<int>(differences(all.base, all.from).size());
     }
     QVERIFY(told > 500);
 }

@@ -1,7 +1,6 @@
 #include "Music.h"
 #include "RandomEdits.h"
 #include "Sets/Set.h"
-#include "Sets/SetDiff.h"
 #include "Sets/SetMerge.h"
 #include "SetSketch.h"
 
@@ -63,26 +62,6 @@ QStringList summaries(const MergePlanResult &plan)
         texts.append(QStringLiteral("fallback: ") + fallback.regionSummary);
     }
     return texts;
-}
-
-QStringList differences(const QByteArray &before, const QByteArray &after)
-{
-    QStringList texts;
-    const auto a = readSet(before);
-    const auto b = readSet(after);
-    if (!a || !b) {
-        return {QStringLiteral("unreadable")};
-    }
-    for (const auto &line : diffSets(*a, *b)) {
-        texts.append(line.text);
-    }
-    return texts;
-}
-
-QByteArray music(const QByteArray &file)
-{
-    const auto set = readSet(file);
-    return set ? musicOf(*set) : QByteArray("unreadable");
 }
 
 QStringList violations(const QByteArray &file)
