@@ -3,6 +3,7 @@
 #include "Core/Log.h"
 #include "Protocol/ReplyEncoder.h"
 #include "Store/Packer.h"
+#include "Store/ProjectFile.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -213,7 +214,7 @@ void Projects::rescan(const Responder &respond)
     startScan();
 }
 
-void Projects::init(const QString &path, Responder respond)
+void Projects::init(const QString &path, const Responder &respond)
 {
     const auto folder = checkedFolder(path);
     if (!folder) {
@@ -221,7 +222,10 @@ void Projects::init(const QString &path, Responder respond)
     } else if (at(*folder)) {
         respond(Reply::Ok{});
     } else {
-        track(*folder, std::move(respond));
+        const auto known = ProjectFile::load(*folder + QLatin1String("/.ostra/project.json"));
+        if (!known || !relocate({*folder, {}, known->id}, respond)) {
+            track(*folder, respond);
+        }
     }
 }
 
@@ -687,7 +691,7 @@ void Projects::found(const QList<FoundProject> &projects)
     }
 }
 
-bool Projects::relocate(const FoundProject &project)
+bool Projects::relocate(const FoundProject &project, const std::optional<Responder> &respond)
 {
     if (project.projectId.isEmpty() || at(project.path)) {
         return false;
@@ -705,7 +709,7 @@ bool Projects::relocate(const FoundProject &project)
         std::make_shared<HistoryReader>(project.path + QLatin1String("/.ostra/history"));
     tracked->writing->post(
         [worker = tracked->project, path = project.path] { worker->moveTo(path); });
-    load(tracked, Origin::remembered, std::nullopt);
+    load(tracked, Origin::remembered, respond);
     return true;
 }
 

@@ -44,7 +44,7 @@ public:
     // Answers. All of them respond exactly once.
     void status(Responder respond);
     void rescan(const Responder &respond);
-    void init(const QString &path, Responder respond);
+    void init(const QString &path, const Responder &respond);
     void addWatchPath(const QString &path, const Responder &respond);
     void removeWatchPath(const QString &path, const Responder &respond);
     void renameProject(const IPCCommand &command, Responder respond);
@@ -95,7 +95,8 @@ private:
     void projectGone(const QString &folder);
     void projectBack(const QString &folder);
     void found(const QList<FoundProject> &projects);
-    bool relocate(const FoundProject &project);
+    bool relocate(const FoundProject &project,
+                  const std::optional<Responder> &respond = std::nullopt);
     void announceMissing();
 
     void watchProjects();

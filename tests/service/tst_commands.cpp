@@ -41,6 +41,7 @@ private slots:
     void deletedSongGoesToTheTrash();
     void deletedSongThatComesBackHasItsHistory();
     void movedProjectIsFollowed();
+    void movedProjectIsFollowedWhereItIsAdded();
     void unpluggedDriveIsReportedOnce();
     void copiedProjectIsAProjectOfItsOwn();
     void projectNamesAreUnique();
@@ -420,6 +421,17 @@ void TestCommands::movedProjectIsFollowed()
     COMPARE_JSON(state()["last_version"]["name"], "first");
     save("Music/Elsewhere/Song.als", 2);
     COMPARE_JSON(ask({{"cmd", "status"}})["repos"].size(), 1u);
+}
+
+void TestCommands::movedProjectIsFollowedWhereItIsAdded()
+{
+    QVERIFY(QDir().rename(path("Music/Album"), path("Elsewhere")));
+    COMPARE_JSON(ask({{"cmd", "init"}, {"path", path("Elsewhere").toStdString()}})["type"], "ok");
+    const Json repos = ask({{"cmd", "status"}})["repos"];
+    QCOMPARE(repos.size(), 1U);
+    COMPARE_JSON(repos[0]["name"], "Album");
+    COMPARE_JSON(repos[0]["path"], path("Elsewhere").toStdString());
+    COMPARE_JSON(song("song_graph")["nodes"].size(), 1U);
 }
 
 void TestCommands::unpluggedDriveIsReportedOnce()
