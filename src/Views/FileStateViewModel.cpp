@@ -3,6 +3,8 @@
 #include "DaemonState.h"
 #include "Views/ProjectTexts.h"
 
+#include <algorithm>
+
 namespace ostra {
 
 using namespace Qt::StringLiterals;
@@ -47,6 +49,12 @@ void FileStateViewModel::setVersionNameText(const QString &text)
 bool FileStateViewModel::canSubmit() const
 {
     return !m_versionNameText.trimmed().isEmpty();
+}
+
+bool FileStateViewModel::showsField() const
+{
+    const auto song = std::ranges::find(m_songs.allRows(), m_namingFile, &SongRowData::filename);
+    return song != m_songs.allRows().end() && song->changed;
 }
 
 void FileStateViewModel::startNaming(const QString &filename)

@@ -34,6 +34,8 @@ public:
     bool hasSongs() const;
     QString repoName() const { return m_repoName; }
     QString namingFile() const { return m_namingFile; }
+    /// Whether the field is there to be seen: its song has changed since its last version.
+    bool showsField() const;
     QString versionNameText() const { return m_versionNameText; }
     void setVersionNameText(const QString &text);
     bool canSubmit() const;

@@ -146,14 +146,46 @@ bool MenuBarViewModel::hasOpenText() const
 {
     return m_confirmingAbletonRelaunch || (m_songPage && m_songPage->hasOpenText()) ||
            m_folderPicker->isPresented() ||
-           std::ranges::any_of(m_cards, &RepoCardViewModel::hasOpenField);
+           std::ranges::any_of(
+               seenCards(), [this](const RepoCardViewModel *card) { return cardHasField(card); });
+}
+
+QList<RepoCardViewModel *> MenuBarViewModel::seenCards() const
+{
+    QList<RepoCardViewModel *> cards;
+    for (const ProjectRow &row : m_projects.allRows()) {
+        RepoCardViewModel *card =
+            row.kind == ProjectRow::Kind::Project ? m_cards.value(row.id) : nullptr;
+        if (card != nullptr) {
+            cards.append(card);
+        }
+    }
+    return cards;
+}
+
+bool MenuBarViewModel::cardHasField(const RepoCardViewModel *card) const
+{
+    return card->renamingProject() || (card->repoId() == m_expandedRepo && card->hasFieldInside());
+}
+
+bool MenuBarViewModel::closeCardField()
+{
+    const QList<RepoCardViewModel *> cards = seenCards();
+    const auto card = std::ranges::find_if(
+        cards, [this](const RepoCardViewModel *card) { return cardHasField(card); });
+    if (card == cards.end()) {
+        return false;
+    }
+    if ((*card)->repoId() != m_expandedRepo || !(*card)->closeFieldInside()) {
+        (*card)->cancelRenaming();
+    }
+    return true;
 }
 
 bool MenuBarViewModel::escape()
 {
-    const bool closedField =
-        (pane() == Pane::list && std::ranges::any_of(m_cards, &RepoCardViewModel::closeField)) ||
-        (pane() == Pane::song && m_songPage && m_songPage->escape());
+    const bool closedField = (pane() == Pane::list && closeCardField()) ||
+                             (pane() == Pane::song && m_songPage && m_songPage->escape());
     if (closedField) {
         return true;
     }

@@ -128,6 +128,9 @@ signals:
     void projectsAboutToChange(); ///< some come, go or move
 
 private:
+    QList<RepoCardViewModel *> seenCards() const; ///< of the projects that are in the list
+    bool cardHasField(const RepoCardViewModel *card) const;
+    bool closeCardField();
     void updateProjects();
     QList<ProjectRow> rows() const;
     void updateAges();

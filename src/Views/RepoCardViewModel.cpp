@@ -76,20 +76,17 @@ VersionsStripModel *RepoCardViewModel::strip()
     return m_strip;
 }
 
-bool RepoCardViewModel::hasOpenField() const
+bool RepoCardViewModel::hasFieldInside() const
 {
-    return m_renamingProject || (m_files && !m_files->namingFile().isEmpty()) ||
-           (m_strip && m_strip->isNaming());
+    return (m_files && m_files->showsField()) || (m_strip && m_strip->showsFields());
 }
 
-bool RepoCardViewModel::closeField()
+bool RepoCardViewModel::closeFieldInside()
 {
-    if (m_strip && m_strip->isNaming()) {
+    if (m_strip && m_strip->showsFields()) {
         m_strip->cancelNaming();
-    } else if (m_files && !m_files->namingFile().isEmpty()) {
+    } else if (m_files && m_files->showsField()) {
         m_files->cancelNaming();
-    } else if (m_renamingProject) {
-        cancelRenaming();
     } else {
         return false;
     }

@@ -52,10 +52,10 @@ public:
     FileStateViewModel *files();
     VersionsStripModel *strip();
 
-    /// Whether anything on the card waits for the user's text.
-    bool hasOpenField() const;
-    /// Closes one open field, the innermost first; false when there is none.
-    bool closeField();
+    /// Whether anything in the expanded card waits for the user's text where it is seen.
+    bool hasFieldInside() const;
+    /// Closes one such field; false when there is none.
+    bool closeFieldInside();
 
     Q_INVOKABLE void startRenaming();
     Q_INVOKABLE void cancelRenaming();

@@ -47,6 +47,7 @@ public:
     bool isOpen() const { return m_isOpen; }
     void setIsOpen(bool open);
     bool isNaming() const { return m_isNaming; }
+    bool showsFields() const { return m_isOpen && m_isNaming; }
     QString newVersionName() const { return m_newVersionName; }
     void setNewVersionName(const QString &name);
     QString newVersionNote() const { return m_newVersionNote; }

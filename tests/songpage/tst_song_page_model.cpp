@@ -691,6 +691,7 @@ void TestSongPageModel::raisesTheNoticeOfARestoreBeforeTheRefresh()
     world.service.answer(u"status"_s, heldAnswer(Answer::ok()));
     world.page->restore(u"mix-v1"_s);
     QVERIFY(until([&] { return world.state->hasAbletonNotice(); }));
+    QVERIFY(world.received(1, u"status"_s));
     world.service.release();
     world.report();
     world.settle();

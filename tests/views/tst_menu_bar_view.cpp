@@ -341,6 +341,64 @@ private slots:
         QVERIFY(!view.model<MenuBarViewModel>()->escape());
     }
 
+    void aFieldThatIsOutOfSightKeepsNothingOpenAndItsText()
+    {
+        ViewFixture view;
+        const SongJson changed{.filename = u"Mix.als"_s, .changed = true};
+        view.setStatus({repo(u"Demo"_s, {changed})});
+        view.show();
+        auto *model = view.model<MenuBarViewModel>();
+        view.press(u"Demo"_s);
+        view.press(u"Save"_s);
+        view.type(u"mix-v3"_s);
+        QVERIFY(model->hasOpenText());
+        view.press(u"Demo"_s);
+        QVERIFY(!model->hasOpenText());
+        QVERIFY(!model->escape());
+        view.press(u"Demo"_s);
+        QCOMPARE(view.find(QAccessible::EditableText, u"Version name"_s)->text(QAccessible::Value),
+                 u"mix-v3"_s);
+        QVERIFY(model->hasOpenText());
+        view.setStatus({repo(u"Demo"_s, {SongJson{.filename = u"Mix.als"_s}})});
+        view.daemon->refreshAll();
+        view.settle();
+        QVERIFY(!view.has(QAccessible::EditableText));
+        QVERIFY(!model->hasOpenText());
+        QVERIFY(!model->escape());
+    }
+
+    void aProjectThatIsGoneKeepsNothingOpen()
+    {
+        ViewFixture view;
+        view.setStatus({repo(u"Demo"_s)});
+        view.show();
+        auto *model = view.model<MenuBarViewModel>();
+        view.press(u"Rename project"_s);
+        QVERIFY(model->hasOpenText());
+        view.setStatus({});
+        view.daemon->refreshAll();
+        view.settle();
+        QVERIFY(!model->hasOpenText());
+        QVERIFY(!model->escape());
+    }
+
+    void theStripsFieldsCountWhileItIsOpen()
+    {
+        ViewFixture view;
+        view.setStatus({repo(u"Demo"_s)});
+        view.show();
+        auto *model = view.model<MenuBarViewModel>();
+        view.press(u"Demo"_s);
+        view.press(u"Album versions"_s);
+        view.press(u"Save"_s);
+        QVERIFY(model->hasOpenText());
+        view.press(u"Album versions"_s);
+        QVERIFY(!model->hasOpenText());
+        view.press(u"Album versions"_s);
+        QVERIFY(model->escape());
+        QVERIFY(!view.has(QAccessible::EditableText));
+    }
+
     void closingAFieldGivesTheKeyboardBack()
     {
         ViewFixture view;
