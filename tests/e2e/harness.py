@@ -262,6 +262,14 @@ class Client:
         """X key names: "Return", "Escape", "Tab", "ctrl+comma"."""
         subprocess.run(["xdotool", "key", "--delay", "12", *names], check=True)
 
+    def fill(self, placeholder, *texts):
+        """Replaces the text of the field of that name, and of those that Tab goes to next; submits."""
+        self.find("text", placeholder)
+        for i, text in enumerate(texts):
+            self.key(*["Tab"][:i], "ctrl+a")
+            self.type(text)
+        self.key("Return")
+
     def output(self):
         return self.log.read_text(errors="replace")
 

@@ -465,9 +465,7 @@ private slots:
     void aPlanForAnotherSongIsDropped()
     {
         OpenPanel open;
-        Answer late = Answer::line(kPlan);
-        late.held = true;
-        open.world.service.answer(u"merge_plan"_s, late);
+        open.world.service.answer(u"merge_plan"_s, heldAnswer(Answer::line(kPlan)));
         open.panel->setSelectedFrom(u"idea"_s);
         open.panel->runMerge();
         QVERIFY(open.world.received(1, u"merge_plan"_s));
@@ -482,9 +480,7 @@ private slots:
     void aCleanPlanForAnotherSourceIsNotApplied()
     {
         OpenPanel open;
-        Answer late = Answer::line(kCleanPlan);
-        late.held = true;
-        open.world.service.answer(u"merge_plan"_s, late);
+        open.world.service.answer(u"merge_plan"_s, heldAnswer(Answer::line(kCleanPlan)));
         open.panel->setSelectedFrom(u"idea"_s);
         open.panel->runMerge();
         QVERIFY(open.world.received(1, u"merge_plan"_s));
@@ -499,9 +495,7 @@ private slots:
     {
         OpenPanel open;
         open.world.service.answer(u"merge_plan"_s, Answer::line(kCleanPlan));
-        Answer late = Answer::line(kMerged);
-        late.held = true;
-        open.world.service.answer(u"merge_apply"_s, late);
+        open.world.service.answer(u"merge_apply"_s, heldAnswer(Answer::line(kMerged)));
         open.panel->setSelectedFrom(u"idea"_s);
         open.panel->runMerge();
         QVERIFY(open.world.received(1, u"merge_apply"_s));
@@ -518,9 +512,7 @@ private slots:
     {
         OpenPanel open;
         open.conflict();
-        Answer late = Answer::ok();
-        late.held = true;
-        open.world.service.answer(u"resolve"_s, late);
+        open.world.service.answer(u"resolve"_s, heldAnswer(Answer::ok()));
         open.panel->takeConflict(u"k1"_s);
         QVERIFY(open.world.received(1, u"resolve"_s));
         open.panel->setSong(u"Other.als"_s);
@@ -542,9 +534,8 @@ private slots:
         QFETCH(QString, command);
         OpenPanel open;
         open.world.service.answer(u"merge_plan"_s, Answer::line(kCleanPlan));
-        Answer late = Answer::line(command == u"merge_plan" ? kCleanPlan : kMerged);
-        late.held = true;
-        open.world.service.answer(command, late);
+        open.world.service.answer(
+            command, heldAnswer(Answer::line(command == u"merge_plan" ? kCleanPlan : kMerged)));
         open.panel->setSelectedFrom(u"idea"_s);
         open.panel->runMerge();
         QVERIFY(open.world.received(1, command));
@@ -625,9 +616,7 @@ private slots:
     {
         OpenPanel open;
         open.conflict();
-        Answer late = Answer::ok();
-        late.held = true;
-        open.world.service.answer(u"resolve"_s, late);
+        open.world.service.answer(u"resolve"_s, heldAnswer(Answer::ok()));
         open.panel->takeConflict(u"k1"_s);
         const auto &row = std::get<MergeRow::ConflictRow>(open.panel->allRows()[1].content);
         QVERIFY(row.isResolving);

@@ -246,11 +246,8 @@ private slots:
     void waitingSaysWhatFor()
     {
         MergeView merge;
-        Answer late = Answer::line(samples::cleanPlan());
-        late.held = true;
-        merge.view.service.answer(u"merge_plan"_s, late);
-        late.bytes = samples::merged() + '\n';
-        merge.view.service.answer(u"merge_apply"_s, late);
+        merge.view.service.answer(u"merge_plan"_s, heldAnswer(Answer::line(samples::cleanPlan())));
+        merge.view.service.answer(u"merge_apply"_s, heldAnswer(Answer::line(samples::merged())));
         merge.panel().setSelectedFrom(u"chorus-alt"_s);
         merge.panel().runMerge();
         const auto says = [&](const QString &text) {

@@ -42,13 +42,6 @@ inline Answer statusAnswer(const QJsonArray &repos, const QJsonArray &discovered
     return Answer::line(statusLine(repos, discovered));
 }
 
-/// Kept back until the service is told to release it.
-inline Answer heldAnswer(Answer answer)
-{
-    answer.held = true;
-    return answer;
-}
-
 inline QByteArray saveEvent(const QString &repo, const QString &path, int deltaCount)
 {
     QJsonObject event{{QStringLiteral("event"), QStringLiteral("save_detected")},

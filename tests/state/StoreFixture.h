@@ -41,6 +41,14 @@ public:
     qsizetype statusRequests() const { return service.requests(QStringLiteral("status")).size(); }
     QString home() const { return m_home.path(); }
     QString helper() const { return QStringLiteral("/helpers/ostra-daemon"); }
+    /// The bundled service exists, and listens when it is launched.
+    void installService()
+    {
+        launcher.existing = {helper()};
+        launcher.onLaunch = [this] {
+            service.start();
+        };
+    }
 
     ScriptedService service;
     VirtualScheduler scheduler;

@@ -114,10 +114,7 @@ void DaemonStateConnectionTest::withoutAServiceAnywhereItKeepsTryingMoreAndMoreS
 void DaemonStateConnectionTest::startsTheServiceOfTheHelpersFolderAndRetriesAfterHalfASecond()
 {
     StoreFixture world;
-    world.launcher.existing = {world.helper()};
-    world.launcher.onLaunch = [&] {
-        world.service.start();
-    };
+    world.installService();
     world.state->start();
     QVERIFY(world.sleep(500ms));
     QVERIFY(until([&] { return world.trace.size() == 4; }));
@@ -204,10 +201,7 @@ void DaemonStateConnectionTest::aServiceThatDiesIsStartedAgainAfterAFirstFailedA
 void DaemonStateConnectionTest::everyOutageMayStartTheServiceOnce()
 {
     StoreFixture world;
-    world.launcher.existing = {world.helper()};
-    world.launcher.onLaunch = [&] {
-        world.service.start();
-    };
+    world.installService();
     world.state->start();
     QVERIFY(world.sleep(500ms));
     for (int outages = 1; outages <= 3; ++outages) {
@@ -327,10 +321,7 @@ void DaemonStateConnectionTest::aConnectionThatIsLostAtOnceIsReportedInOrder()
 void DaemonStateConnectionTest::quitAsksTheServiceStopsItsOwnAndEndsTheApplication()
 {
     StoreFixture world;
-    world.launcher.existing = {world.helper()};
-    world.launcher.onLaunch = [&] {
-        world.service.start();
-    };
+    world.installService();
     world.service.answer(QStringLiteral("shutdown"), Answer::ok());
     world.state->start();
     QVERIFY(world.sleep(500ms));

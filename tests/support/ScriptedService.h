@@ -40,6 +40,13 @@ struct Answer {
     static Answer silence() { return {.bytes = {}}; }
 };
 
+/// Kept back until the service is told to release it.
+inline Answer heldAnswer(Answer answer)
+{
+    answer.held = true;
+    return answer;
+}
+
 /// A service for tests: listens on a real Unix-domain socket, on a thread of its own, and answers
 /// as the test has told it. Every function may be called from any thread; none returns before the
 /// service has done it.

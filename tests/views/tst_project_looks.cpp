@@ -242,7 +242,7 @@ private slots:
         ViewFixture view;
         view.setStatus({kDemo});
         view.show();
-        QQuickItem *diamond = text(view, u"◆"_s);
+        QQuickItem *diamond = drawing(view, u"diamond.fill"_s);
         QCOMPARE(colorOf(diamond), DS::Color::ink2);
         const QQuickItem *tile = diamond->parentItem();
         QCOMPARE(tile->size(), QSizeF(26, 26));

@@ -113,9 +113,7 @@ private slots:
     {
         ViewFixture view;
         open(view);
-        Answer held = Answer::ok();
-        held.held = true;
-        view.service.answer(u"rescan"_s, held);
+        view.service.answer(u"rescan"_s, heldAnswer(Answer::ok()));
         view.forget();
         QAccessibleInterface *button = view.find(QAccessible::Button, u"Rescan Now"_s);
         button->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
