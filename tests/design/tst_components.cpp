@@ -8,6 +8,7 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
@@ -137,6 +138,10 @@ private slots:
     void aStateSquareHasItsLook();
     void aStateSquareIsReadOnlyWithAText();
     void aSectionLabelShoutsItsTitle();
+    void aGlyphStandsBeforeTheTitleOfASection();
+    void aClosedMenuShowsItsSelectionOnPaper();
+    void controlsAreSetInTheirFaceAndSize_data();
+    void controlsAreSetInTheirFaceAndSize();
     void aDividerIsAHairline();
     void aBoxHasASharpBorderAndRoundCorners();
     void aHighlightFollowsThePointer();
@@ -389,6 +394,61 @@ void TestComponents::aSectionLabelShoutsItsTitle()
     QCOMPARE(stage.subject()->height(), title->height() + 12);
     QCOMPARE(colorOf(title).rgba(), ostra::DS::Color::grey);
     QCOMPARE(colorOf(trailing).rgba(), ostra::DS::Color::greyDim);
+}
+
+void TestComponents::aGlyphStandsBeforeTheTitleOfASection()
+{
+    const Stage stage("DSSectionLabel { width: 200; title: 'Merge'; glyph: Glyph.Merge }");
+    const QQuickItem *glyph = stage.subject()->childItems().at(0);
+    const QQuickItem *title = stage.subject()->childItems().at(1);
+    QVERIFY(glyph->isVisible());
+    QCOMPARE(glyph->x(), 14.0);
+    QCOMPARE(title->x(), glyph->x() + glyph->width() + 6);
+}
+
+void TestComponents::aClosedMenuShowsItsSelectionOnPaper()
+{
+    const Stage stage("DSMenuPicker { name: 'from'; options: ['main', 'alt']; selection: 'alt' }");
+    const QQuickItem *label = stage.part("body")->childItems().constFirst();
+    QCOMPARE(label->property("text").toString(), QStringLiteral("alt"));
+    QCOMPARE(colorOf(label).rgba(), ostra::DS::Color::ink2);
+    QCOMPARE(colorOf(stage.part("background")).rgba(), ostra::DS::Color::paper);
+    QCOMPARE(borderOf(stage.part("background")).rgba(), ostra::DS::Color::line);
+    QCOMPARE(stage.part("background")->property("borderWidth").toInt(), 1);
+}
+
+void TestComponents::controlsAreSetInTheirFaceAndSize_data()
+{
+    QTest::addColumn<QByteArray>("control");
+    QTest::addColumn<QByteArray>("part");
+    QTest::addColumn<int>("child");
+    QTest::addColumn<qreal>("points");
+    QTest::addColumn<int>("weight");
+    const auto row = [](const char *name, const char *control, const char *part, int child,
+                        qreal points, int weight) {
+        QTest::newRow(name) << QByteArray(control) << QByteArray(part) << child << points << weight;
+    };
+    row("button", "DSButton { title: 'Save' }", "contentItem", -1, 10.5, QFont::DemiBold);
+    row("menu", "DSMenuPicker { options: ['a']; selection: 'a' }", "body", 0, 10.5, QFont::Normal);
+    row("menu row", "DSMenuRow { label: 'a' }", "body", 1, 10.5, QFont::Normal);
+    row("section", "DSSectionLabel { title: 'a' }", "", 1, 10, QFont::Medium);
+    row("trailing", "DSSectionLabel { title: 'a'; trailing: 'b' }", "", 2, 10, QFont::Medium);
+}
+
+void TestComponents::controlsAreSetInTheirFaceAndSize()
+{
+    QFETCH(QByteArray, control);
+    QFETCH(QByteArray, part);
+    QFETCH(int, child);
+    QFETCH(qreal, points);
+    QFETCH(int, weight);
+    const Stage stage(control);
+    const QQuickItem *text = part.isEmpty() ? stage.subject() : stage.part(part);
+    text = child < 0 ? text : text->childItems().at(child);
+    const auto font = text->property("font").value<QFont>();
+    QCOMPARE(font.family(), QStringLiteral("IBM Plex Mono"));
+    QCOMPARE(font.pointSizeF() * stage.window()->screen()->logicalDotsPerInch() / 72, points);
+    QCOMPARE(font.weight(), weight);
 }
 
 void TestComponents::aDividerIsAHairline()

@@ -99,6 +99,17 @@ const Scene kExpanded(u"card-expanded"_s, [](ViewFixture &view) {
     view.press(u"Night Drive"_s);
 });
 
+const Scene kManySongs(u"card-many-songs"_s, [](ViewFixture &view) {
+    QJsonArray songs;
+    for (int i = 1; i <= 300; ++i) {
+        songs.append(song(u"Idea %1"_s.arg(i), i % 7 ? u"v%1"_s.arg(i % 5) : QString(), i * 5000));
+    }
+    view.setStatus(
+        {RepoJson{.name = u"Sketchbook"_s, .songs = songs, .sizeBytes = 41'000'000'000}, album()});
+    view.show();
+    view.press(u"Sketchbook"_s);
+});
+
 const Scene kNaming(u"card-naming-a-version"_s, [](ViewFixture &view) {
     view.setStatus({album()});
     view.show();
