@@ -216,13 +216,13 @@ Outcome<void> writeFiles(const QList<NewFile> &files)
             folders << QFileInfo(folder).absolutePath();
         }
         folders << folder;
-        if (const auto written = beside.write(file.content); !written) {
+        if (auto written = beside.write(file.content); !written) {
             return written;
         }
     }
     for (const auto step : {&FileBeside::finish, &FileBeside::rename}) {
         for (FileBeside &beside : besides) {
-            if (const auto done = (beside.*step)(); !done) {
+            if (auto done = (beside.*step)(); !done) {
                 return done;
             }
         }

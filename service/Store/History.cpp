@@ -271,17 +271,16 @@ struct History::Private {
         return id;
     }
 
-    ObjectId addXml(const SetImage &image)
+    /// `file` is the set with its container.
+    ObjectId addXml(const QByteArray &xml, const Container &container, QByteArrayView file)
     {
-        const QByteArray &xml = image.set->xml;
-        if (!image.exact->isGzip()) {
+        if (!container.isGzip()) {
             return add("blob", xml);
         }
         const ObjectId id = looseId("blob", xml);
         if (isNew(id)) {
             constexpr qsizetype kTrailer = 8; // checksum and size
-            const auto header = image.exact->gzipHeader.size();
-            const auto deflated = QByteArrayView(image.bytes).sliced(header).chopped(kTrailer);
+            const auto deflated = file.sliced(container.gzipHeader.size()).chopped(kTrailer);
             stage(id, looseBlobFile(xml, deflated));
         }
         return id;
@@ -396,12 +395,12 @@ struct History::Private {
     {
         const auto moving = refs(from);
         for (auto it = moving.begin(); it != moving.end(); ++it) {
-            if (const auto set = setRef(to + it.key(), it.value()); !set) {
+            if (auto set = setRef(to + it.key(), it.value()); !set) {
                 return set;
             }
         }
         for (auto it = moving.begin(); it != moving.end(); ++it) {
-            if (const auto removed = removeRef(from + it.key()); !removed) {
+            if (auto removed = removeRef(from + it.key()); !removed) {
                 return removed;
             }
         }
@@ -468,11 +467,12 @@ Outcome<History> History::openForWriting(const QString &gitFolder)
 
 ObjectId History::store(const SetImage &image)
 {
-    if (!image.exact) {
+    if (!image.exact || !image.set) {
         return d->addTree({{kFileEntry, d->add("blob", image.bytes)}});
     }
     const ObjectId container = d->add("blob", containerText(*image.exact));
-    return d->addTree({{kContainerEntry, container}, {kXmlEntry, d->addXml(image)}});
+    const ObjectId xml = d->addXml(image.set->xml, *image.exact, image.bytes);
+    return d->addTree({{kContainerEntry, container}, {kXmlEntry, xml}});
 }
 
 Outcome<ObjectId> History::commit(const CommitDraft &draft)
@@ -507,7 +507,7 @@ bool History::hasObject(const ObjectId &id) const
 
 bool History::holds(const SetImage &image) const
 {
-    return hasObject(looseId("blob", image.exact ? image.set->xml : image.bytes));
+    return hasObject(looseId("blob", image.exact && image.set ? image.set->xml : image.bytes));
 }
 
 Outcome<RebuiltSet> History::rebuild(const ObjectId &id) const
@@ -694,7 +694,7 @@ Outcome<void> History::dropTrash(const QString &trashId)
     const QByteArray trash = trashPrefix(trashId);
     const auto refs = d->refs(trash);
     for (auto it = refs.begin(); it != refs.end(); ++it) {
-        if (const auto removed = d->removeRef(trash + it.key()); !removed) {
+        if (auto removed = d->removeRef(trash + it.key()); !removed) {
             return removed;
         }
     }
