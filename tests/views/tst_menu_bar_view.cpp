@@ -467,6 +467,40 @@ private slots:
         QVERIFY(view.has(QAccessible::Heading, u"WATCH PATHS"_s));
     }
 
+    void theKeysOfTheWindowWorkEverywhereInIt()
+    {
+        ViewFixture view;
+        view.service.start();
+        view.service.answer(u"shutdown"_s, Answer::ok());
+        view.showView(u"WindowContent.qml"_s,
+                      {{u"daemon"_s, QVariant::fromValue(view.daemon.get())},
+                       {u"versionText"_s, u"v1.0.0"_s}});
+        QVERIFY(until([&] {
+            return view.daemon->connectionState() == DaemonState::ConnectionState::connected;
+        }));
+        QObject *content = view.view->rootObject();
+        const auto *menu = content->property("navigation").value<MenuBarViewModel *>();
+        QSignalSpy guide(content, SIGNAL(guideRequested()));
+        QSignalSpy rescan(content, SIGNAL(rescanRequested()));
+        QSignalSpy closed(content, SIGNAL(closeRequested()));
+        view.key(Qt::Key_F1);
+        QCOMPARE(guide.count(), 1);
+        view.key(Qt::Key_R, Qt::ControlModifier);
+        QCOMPARE(rescan.count(), 1);
+        view.key(Qt::Key_Comma, Qt::ControlModifier);
+        QVERIFY(menu->showSettings());
+        view.key(Qt::Key_Escape); // the pane first
+        QVERIFY(!menu->showSettings());
+        QCOMPARE(closed.count(), 0);
+        view.key(Qt::Key_Escape);
+        QCOMPARE(closed.count(), 1);
+        view.key(Qt::Key_W, Qt::ControlModifier);
+        QCOMPARE(closed.count(), 2);
+        view.key(Qt::Key_F, Qt::ControlModifier); // kept free
+        view.key(Qt::Key_Q, Qt::ControlModifier);
+        QVERIFY(until([&] { return view.terminations == 1; }));
+    }
+
     void tabWalksTheWindowInReadingOrder()
     {
         ViewFixture view;
