@@ -66,16 +66,16 @@ QString nameOf(const QByteArray &component, const QStringList &known)
 Outcome<QList<CommitInfo>> lineOf(const History &history, const ObjectId &tip)
 {
     QList<CommitInfo> line;
-    std::optional<ObjectId> next = tip;
-    while (next) {
-        auto info = history.commitInfo(*next);
+    for (ObjectId id = tip;; id = line.first().parents.first()) {
+        auto info = history.commitInfo(id);
         if (!info) {
             return tl::unexpected(info.error());
         }
-        next = info->parents.isEmpty() ? std::nullopt : std::optional(info->parents.first());
         line.prepend(std::move(*info));
+        if (line.first().parents.isEmpty()) {
+            return line;
+        }
     }
-    return line;
 }
 
 /// Names may become the same when they are made fit for every file system.
