@@ -467,6 +467,7 @@ Outcome<History> History::openForWriting(const QString &gitFolder)
 
 ObjectId History::store(const SetImage &image)
 {
+    d->staged.clear();
     if (!image.exact || !image.set) {
         return d->addTree({{kFileEntry, d->add("blob", image.bytes)}});
     }

@@ -104,7 +104,8 @@ public:
     ~History();
 
     /// The tree of a file. It comes to the disk together with the commit that is made next, because
-    /// each waiting for the disk may take longer than everything else; without one it is forgotten.
+    /// each waiting for the disk may take longer than everything else; the next file takes its
+    /// place.
     ObjectId store(const SetImage &image);
     Outcome<ObjectId> commit(const CommitDraft &draft);
 
