@@ -36,6 +36,7 @@ public:
     QString namingFile() const { return m_namingFile; }
     /// Whether the field is there to be seen: its song has changed since its last version.
     bool showsField() const;
+    bool holdsText() const { return showsField() && !m_versionNameText.isEmpty(); }
     QString versionNameText() const { return m_versionNameText; }
     void setVersionNameText(const QString &text);
     bool canSubmit() const;

@@ -146,8 +146,10 @@ bool MenuBarViewModel::hasOpenText() const
 {
     return m_confirmingAbletonRelaunch || (m_songPage && m_songPage->hasOpenText()) ||
            m_folderPicker->isPresented() ||
-           std::ranges::any_of(
-               seenCards(), [this](const RepoCardViewModel *card) { return cardHasField(card); });
+           std::ranges::any_of(seenCards(), [this](const RepoCardViewModel *card) {
+               return (card->renamingProject() && !card->projectRenameText().isEmpty()) ||
+                      (card->repoId() == m_expandedRepo && card->holdsTextInside());
+           });
 }
 
 QList<RepoCardViewModel *> MenuBarViewModel::seenCards() const
@@ -209,7 +211,6 @@ void MenuBarViewModel::resetToTop()
         return;
     }
     setShowSettings(false);
-    closeSongPage();
     emit scrollToTopRequested();
 }
 

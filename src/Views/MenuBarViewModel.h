@@ -92,12 +92,14 @@ public:
     WatchFolderPickerModel *folderPicker() const { return m_folderPicker; }
     QString footerText() const;
 
-    /// Whether closing the window now would surprise: a field is open, a question unanswered.
+    /// Whether closing the window now would surprise: there is text in a field, or a question or a
+    /// merge review is open.
     bool hasOpenText() const;
     /// One step back: closes the innermost field or question, else the pane. False when nothing is
     /// left to close but the window.
     Q_INVOKABLE bool escape();
-    /// Back to the top of the project list, unless that would lose something.
+    /// Back to the top of the project list, or to the song page that is open, unless that would
+    /// lose something.
     Q_INVOKABLE void resetToTop();
 
     /// What the card of that project holds; nothing when the project is not known.

@@ -81,6 +81,11 @@ bool RepoCardViewModel::hasFieldInside() const
     return (m_files && m_files->showsField()) || (m_strip && m_strip->showsFields());
 }
 
+bool RepoCardViewModel::holdsTextInside() const
+{
+    return (m_files && m_files->holdsText()) || (m_strip && m_strip->holdsText());
+}
+
 bool RepoCardViewModel::closeFieldInside()
 {
     if (m_strip && m_strip->showsFields()) {

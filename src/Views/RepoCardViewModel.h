@@ -54,6 +54,8 @@ public:
 
     /// Whether anything in the expanded card waits for the user's text where it is seen.
     bool hasFieldInside() const;
+    /// Whether the user has written anything there.
+    bool holdsTextInside() const;
     /// Closes one such field; false when there is none.
     bool closeFieldInside();
 

@@ -325,9 +325,13 @@ void SongPageViewModel::cancelSongRename()
 
 bool SongPageViewModel::hasOpenText() const
 {
-    return m_renamingSong || m_renamingVariation || m_confirmingVersionDelete ||
+    const bool names =
+        m_activePanel == ActivePanel::naming || m_activePanel == ActivePanel::branching;
+    return (m_renamingSong && !m_songRenameText.isEmpty()) ||
+           (m_renamingVariation && !m_renameText.isEmpty()) ||
+           (names && !m_nameFieldText.isEmpty()) || m_confirmingVersionDelete ||
            m_confirmingVariationDelete || m_confirmingSongDelete ||
-           m_activePanel != ActivePanel::none;
+           m_activePanel == ActivePanel::merging;
 }
 
 bool SongPageViewModel::escape()

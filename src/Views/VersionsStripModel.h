@@ -48,6 +48,10 @@ public:
     void setIsOpen(bool open);
     bool isNaming() const { return m_isNaming; }
     bool showsFields() const { return m_isOpen && m_isNaming; }
+    bool holdsText() const
+    {
+        return showsFields() && !(m_newVersionName.isEmpty() && m_newVersionNote.isEmpty());
+    }
     QString newVersionName() const { return m_newVersionName; }
     void setNewVersionName(const QString &name);
     QString newVersionNote() const { return m_newVersionNote; }

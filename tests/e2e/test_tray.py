@@ -112,7 +112,9 @@ class WithATray(harness.EndToEnd):
         self.start_tray()
         self.scripted_service(status={"type": "status", "repos": [
             {"name": "Demo", "path": "/m/Demo", "current_branch": "main", "head_commit": "a",
-             "head_message": "Save", "is_dirty": False}]})
+             "head_message": "Save", "is_dirty": False, "file_states": [
+                 {"filename": "Mix.als", "branch": "main", "variations": [
+                     {"name": "main", "is_current": True}]}]}]})
         client = self.start_client()
         self.click(self.item())
         client.find("push button", "Demo")
@@ -134,6 +136,17 @@ class WithATray(harness.EndToEnd):
                            "the window loses the keyboard")
         self.assertEqual(len(windows_of("OSTRA")), 1)
         client.find("text", "Project name")
+
+    def test_the_window_comes_back_with_the_song_page_that_was_open(self):
+        client = self.open_window()
+        client.find("push button", "Demo").press()
+        client.find("push button", "Mix").press()
+        client.find("push button", "Back")
+        self.click((200, 700))
+        harness.eventually(lambda: not windows_of("OSTRA"), "the window closes")
+        subprocess.run([str(harness.CLIENT)], env=self.environment, check=True, timeout=20)
+        harness.eventually(lambda: windows_of("OSTRA"), "the window opens")
+        client.find("push button", "Back")
 
     def test_at_200_percent_the_window_opens_below_the_item(self):
         self.start_tray()

@@ -327,6 +327,8 @@ private slots:
         view.show();
         view.press(u"Demo"_s);
         view.press(u"Save"_s);
+        QVERIFY(!view.model<MenuBarViewModel>()->hasOpenText());
+        view.type(u"v"_s);
         QVERIFY(view.model<MenuBarViewModel>()->hasOpenText());
         escape(view);
         QVERIFY(!view.has(QAccessible::EditableText));
@@ -391,6 +393,8 @@ private slots:
         view.press(u"Demo"_s);
         view.press(u"Album versions"_s);
         view.press(u"Save"_s);
+        QVERIFY(!model->hasOpenText());
+        view.type(u"mix"_s);
         QVERIFY(model->hasOpenText());
         view.press(u"Album versions"_s);
         QVERIFY(!model->hasOpenText());
@@ -451,6 +455,8 @@ private slots:
         auto *model = view.model<MenuBarViewModel>();
         QVERIFY(!model->hasOpenText());
         view.press(u"New variation"_s);
+        QVERIFY(!model->hasOpenText());
+        view.type(u"alt"_s);
         QVERIFY(model->hasOpenText());
         QVERIFY(model->escape());
         QCOMPARE(model->pane(), MenuBarViewModel::Pane::song);
@@ -664,9 +670,24 @@ private slots:
         view.settle();
         view.press(u"Demo"_s);
         view.press(u"Save"_s);
+        view.type(u"v1"_s);
         view.press(u"Settings"_s);
         model->resetToTop();
         QCOMPARE(model->pane(), MenuBarViewModel::Pane::settings);
+    }
+
+    void resettingReturnsToAnOpenSongPage()
+    {
+        ViewFixture view;
+        view.setStatus({repo(u"Demo"_s, {SongJson{.filename = u"Mix.als"_s}})});
+        view.show();
+        auto *model = view.model<MenuBarViewModel>();
+        view.press(u"Demo"_s);
+        view.press(u"Mix"_s);
+        view.press(u"Settings"_s);
+        model->resetToTop();
+        QCOMPARE(model->pane(), MenuBarViewModel::Pane::song);
+        QVERIFY(view.has(QAccessible::Button, u"Back"_s));
     }
 };
 
