@@ -108,8 +108,10 @@ bool ServiceProcess::start(const QStringList &arguments)
     environment.insert(QStringLiteral("HOME"), home());
     environment.remove(QStringLiteral("XDG_CONFIG_HOME"));
     environment.remove(QStringLiteral("XDG_DATA_HOME"));
-    environment.insert(QStringLiteral("LSAN_OPTIONS"), // for a build that looks for leaks
+#ifdef OSTRA_LEAKS // of libraries, for a build that looks for leaks
+    environment.insert(QStringLiteral("LSAN_OPTIONS"),
                        QStringLiteral("print_suppressions=0:suppressions=" OSTRA_LEAKS));
+#endif
     m_process->setProcessEnvironment(environment);
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process->setChildProcessModifier(m_restriction);
