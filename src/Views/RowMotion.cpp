@@ -18,6 +18,27 @@ qreal shownAt(const DSSlot &row)
 
 RowMotion::~RowMotion() = default;
 
+void RowMotion::setContainer(QQuickItem *container)
+{
+    if (m_container != container) {
+        m_container = container;
+        connect(container, &QQuickItem::windowChanged, this, &RowMotion::watch);
+        watch(container->window());
+        emit containerChanged();
+    }
+}
+
+void RowMotion::watch(QQuickWindow *window)
+{
+    m_wasPainted = false;
+    if (window != nullptr) {
+        // The window may have painted much before the list came into it.
+        connect(
+            window, &QQuickWindow::frameSwapped, this, [this] { m_wasPainted = true; },
+            Qt::SingleShotConnection);
+    }
+}
+
 QList<DSSlot *> RowMotion::rows() const
 {
     QList<DSSlot *> rows;
@@ -34,8 +55,8 @@ QList<DSSlot *> RowMotion::rows() const
 void RowMotion::prepare()
 {
     QQuickWindow *window = m_container ? m_container->window() : nullptr;
-    if (m_nextFrame || window == nullptr || !window->isSceneGraphInitialized() ||
-        !m_container->isVisible() || DesignSystem::of(this)->anim()->panel() <= 0) {
+    if (m_nextFrame || window == nullptr || !m_wasPainted || !m_container->isVisible() ||
+        DesignSystem::of(this)->anim()->panel() <= 0) {
         return;
     }
     const QList<DSSlot *> rows = this->rows();

@@ -17,12 +17,14 @@ class DSSlot;
 class RowMotion : public QObject {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(QQuickItem *container MEMBER m_container NOTIFY containerChanged)
+    Q_PROPERTY(QQuickItem *container READ container WRITE setContainer NOTIFY containerChanged)
 
 public:
     using QObject::QObject;
     ~RowMotion() override;
 
+    QQuickItem *container() const { return m_container; }
+    void setContainer(QQuickItem *container);
     /// The rows are about to change; it moves when the next frame is laid out.
     Q_INVOKABLE void prepare();
 
@@ -35,11 +37,13 @@ private:
         qreal offset;  ///< points from its place
         qreal opacity; ///< that it begins with
     };
+    void watch(QQuickWindow *window);
     QList<DSSlot *> rows() const;
     void begin();
     void step(qreal progress);
 
     QPointer<QQuickItem> m_container;
+    bool m_wasPainted = false;
     QHash<DSSlot *, qreal> m_before; ///< where each row was shown, in the scene
     QMetaObject::Connection m_nextFrame;
     QList<Moved> m_moved;

@@ -3,6 +3,7 @@
 #include "ViewFixture.h"
 #include "Views/MenuBarViewModel.h"
 
+#include <QQmlEngine>
 #include <QQuickItem>
 #include <QScreen>
 #include <QTest>
@@ -447,6 +448,44 @@ private slots:
         QVERIFY(until([&] { return !seen.isEmpty() && seen.last() == 1; }));
         QVERIFY(seen.first() < 0.5);
         QVERIFY(std::ranges::is_sorted(seen));
+    }
+
+    void rowsThatComeBeforeTheListIsPaintedAreJustThere()
+    {
+        QQuickView window;
+        window.engine()->addImportPath(u"qrc:/qt/qml"_s);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(until([&] { return window.isSceneGraphInitialized(); }));
+        QQmlComponent component(window.engine());
+        component.setData("import QtQuick; import Ostra.Design; import Ostra.Views;"
+                          "Item { id: rows; property alias motion: motion; width: 9; height: 9;"
+                          "  property Component row: DSSlot {"
+                          "    sourceComponent: Item { implicitHeight: 9 } }"
+                          "  RowMotion { id: motion; container: rows } }",
+                          {});
+        const std::unique_ptr<QQuickItem> list(
+            qobject_cast<QQuickItem *>(component.createWithInitialProperties(
+                {{u"parent"_s, QVariant::fromValue(window.contentItem())}})));
+        QVERIFY2(list, qPrintable(component.errorString()));
+        const auto add = [&] {
+            QMetaObject::invokeMethod(list->property("motion").value<QObject *>(), "prepare");
+            auto *row = qobject_cast<QQuickItem *>(
+                list->property("row").value<QQmlComponent *>()->create(qmlContext(list.get())));
+            row->setParent(list.get());
+            row->setParentItem(list.get());
+            return row;
+        };
+        const auto firstPainted = [&](const QQuickItem *row) {
+            std::optional<qreal> opacity;
+            const auto frames = connect(&window, &QQuickWindow::afterRendering, this,
+                                        [&] { opacity = opacity.value_or(row->opacity()); });
+            const bool painted = until([&] { return opacity.has_value(); });
+            disconnect(frames);
+            return painted ? *opacity : -1;
+        };
+        QCOMPARE(firstPainted(add()), 1.0);
+        QCOMPARE(firstPainted(add()), 0.0);
     }
 
     void aRefreshInTheMiddleOfAMotionLosesNoRow()
