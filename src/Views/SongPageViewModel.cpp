@@ -17,7 +17,7 @@ const QString kNoChanges = u"no changes yet"_s;
 /// Carried through even when the page has gone meanwhile: the notice is the user's protection.
 QCoro::Task<> switchAndNote(QPointer<DaemonState> daemon, IPCCommand command)
 {
-    const auto route = SongRoute{*command.repo, *command.file};
+    const SongRoute route{command.repo.value_or(QString()), command.file.value_or(QString())};
     co_await daemon->perform(std::move(command), u"Switch"_s, DaemonState::Refresh::yes);
     if (daemon) {
         daemon->noteAbletonIfRunning(route.repoName, route.filename);
