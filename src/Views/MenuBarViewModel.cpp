@@ -211,6 +211,9 @@ void MenuBarViewModel::resetToTop()
         return;
     }
     setShowSettings(false);
+    if (m_songPage && !m_songPage->exists()) {
+        closeSongPage();
+    }
     emit scrollToTopRequested();
 }
 

@@ -98,8 +98,8 @@ public:
     /// One step back: closes the innermost field or question, else the pane. False when nothing is
     /// left to close but the window.
     Q_INVOKABLE bool escape();
-    /// Back to the top of the project list, or to the song page that is open, unless that would
-    /// lose something.
+    /// Back to the top of the project list, or to the page of a song that is still there, unless
+    /// that would lose something.
     Q_INVOKABLE void resetToTop();
 
     /// What the card of that project holds; nothing when the project is not known.

@@ -688,6 +688,13 @@ private slots:
         model->resetToTop();
         QCOMPARE(model->pane(), MenuBarViewModel::Pane::song);
         QVERIFY(view.has(QAccessible::Button, u"Back"_s));
+
+        view.setStatus({repo(u"Demo"_s)});
+        view.daemon->refreshAll();
+        view.settle();
+        QCOMPARE(model->pane(), MenuBarViewModel::Pane::song); // not under the user's eyes
+        model->resetToTop();
+        QCOMPARE(model->pane(), MenuBarViewModel::Pane::list);
     }
 };
 
