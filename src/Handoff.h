@@ -37,7 +37,7 @@ public:
             Handoff &handoff;
             bool await_ready() const noexcept { return false; }
             void await_suspend(std::coroutine_handle<> waiting) { handoff.m_waiting = waiting; }
-            T await_resume() { return std::move(*handoff.m_value); }
+            T await_resume() { return std::move(handoff.m_value).value(); }
         };
         return Awaiter{*this};
     }

@@ -32,15 +32,15 @@ using Members = QList<std::optional<QString> IPCCommand::*>;
 void addWrite(CommandServer &server, Projects &projects, const QString &name, Members needed,
               std::function<Outcome<IPCResponse>(Project &, const IPCCommand &)> work)
 {
-    server.handle(name, [&projects, needed = std::move(needed),
-                         work = std::move(work)](const IPCCommand &command, Responder respond) {
+    server.handle(name, [&projects, needed = std::move(needed), work = std::move(work)](
+                            const IPCCommand &command, const Responder &respond) {
         for (const auto member : needed) {
             if (!(command.*member)) {
                 respond.error(QStringLiteral("“%1” lacks a member.").arg(command.cmd));
                 return;
             }
         }
-        projects.write(command, std::move(respond),
+        projects.write(command, respond,
                        [work, command](Project &project) { return work(project, command); });
     });
 }
@@ -50,64 +50,64 @@ void addServiceCommands(CommandServer &server, Projects &projects, const LoginAg
     server.handle(QStringLiteral("status"), [&](const IPCCommand &, Responder respond) {
         projects.status(std::move(respond));
     });
-    server.handle(QStringLiteral("rescan"), [&](const IPCCommand &, Responder respond) {
-        projects.rescan(std::move(respond));
+    server.handle(QStringLiteral("rescan"),
+                  [&](const IPCCommand &, const Responder &respond) { projects.rescan(respond); });
+    server.handle(QStringLiteral("init"), [&](const IPCCommand &command, const Responder &respond) {
+        projects.init(text(command.path), respond);
     });
-    server.handle(QStringLiteral("init"), [&](const IPCCommand &command, Responder respond) {
-        projects.init(text(command.path), std::move(respond));
-    });
-    server.handle(QStringLiteral("watch_path_list"), [&](const IPCCommand &, Responder respond) {
-        respond(Reply::WatchPaths{projects.watchPaths()});
-    });
+    server.handle(QStringLiteral("watch_path_list"),
+                  [&](const IPCCommand &, const Responder &respond) {
+                      respond(Reply::WatchPaths{projects.watchPaths()});
+                  });
     server.handle(QStringLiteral("watch_path_add"),
-                  [&](const IPCCommand &command, Responder respond) {
-                      projects.addWatchPath(text(command.path), std::move(respond));
+                  [&](const IPCCommand &command, const Responder &respond) {
+                      projects.addWatchPath(text(command.path), respond);
                   });
     server.handle(QStringLiteral("watch_path_remove"),
-                  [&](const IPCCommand &command, Responder respond) {
-                      projects.removeWatchPath(text(command.path), std::move(respond));
+                  [&](const IPCCommand &command, const Responder &respond) {
+                      projects.removeWatchPath(text(command.path), respond);
                   });
-    server.handle(QStringLiteral("launchd_status"), [&](const IPCCommand &, Responder respond) {
-        respond(Reply::LaunchdInfo{agent.isInstalled()});
-    });
-    server.handle(QStringLiteral("launchd_install"),
-                  [&](const IPCCommand &, Responder respond) { answer(respond, agent.install()); });
-    server.handle(QStringLiteral("launchd_uninstall"), [&](const IPCCommand &, Responder respond) {
-        answer(respond, agent.uninstall());
-    });
+    server.handle(QStringLiteral("launchd_status"),
+                  [&](const IPCCommand &, const Responder &respond) {
+                      respond(Reply::LaunchdInfo{agent.isInstalled()});
+                  });
+    server.handle(
+        QStringLiteral("launchd_install"),
+        [&](const IPCCommand &, const Responder &respond) { answer(respond, agent.install()); });
+    server.handle(
+        QStringLiteral("launchd_uninstall"),
+        [&](const IPCCommand &, const Responder &respond) { answer(respond, agent.uninstall()); });
 }
 
 void addReads(CommandServer &server, Projects &projects)
 {
-    server.handle(QStringLiteral("variation_list"), [&](const IPCCommand &command,
-                                                        Responder respond) {
-        projects.read(command, std::move(respond), [](HistoryReader &, const SongSnapshot &song) {
-            Reply::Branches reply;
-            for (const VariationTip &variation : song.variations) {
-                reply.branches.append(
-                    {variation.name, variation.name == song.current, variation.commit.hex()});
-            }
-            return Outcome<IPCResponse>(std::move(reply));
+    server.handle(
+        QStringLiteral("variation_list"), [&](const IPCCommand &command, const Responder &respond) {
+            projects.read(command, respond, [](HistoryReader &, const SongSnapshot &song) {
+                Reply::Branches reply;
+                for (const VariationTip &variation : song.variations) {
+                    reply.branches.append(
+                        {variation.name, variation.name == song.current, variation.commit.hex()});
+                }
+                return Outcome<IPCResponse>(std::move(reply));
+            });
+        });
+    server.handle(QStringLiteral("song_version_list"), [&](const IPCCommand &command,
+                                                           const Responder &respond) {
+        projects.read(command, respond, [](HistoryReader &reader, const SongSnapshot &song) {
+            return reader.versions(song).map(
+                [](const QList<TagInfo> &tags) { return IPCResponse(Reply::Tags{tags}); });
         });
     });
     server.handle(
-        QStringLiteral("song_version_list"), [&](const IPCCommand &command, Responder respond) {
-            projects.read(command, std::move(respond),
-                          [](HistoryReader &reader, const SongSnapshot &song) {
-                              return reader.versions(song).map([](const QList<TagInfo> &tags) {
-                                  return IPCResponse(Reply::Tags{tags});
-                              });
-                          });
+        QStringLiteral("song_graph"), [&](const IPCCommand &command, const Responder &respond) {
+            projects.read(command, respond, [](HistoryReader &reader, const SongSnapshot &song) {
+                return reader.graph(song).map(
+                    [](SongGraph graph) { return IPCResponse(std::move(graph)); });
+            });
         });
-    server.handle(QStringLiteral("song_graph"), [&](const IPCCommand &command, Responder respond) {
-        projects.read(command, std::move(respond),
-                      [](HistoryReader &reader, const SongSnapshot &song) {
-                          return reader.graph(song).map(
-                              [](SongGraph graph) { return IPCResponse(std::move(graph)); });
-                      });
-    });
     server.handle(QStringLiteral("version_list"),
-                  [&](const IPCCommand &command, Responder respond) {
+                  [&](const IPCCommand &command, const Responder &respond) {
                       if (const auto snapshot = projects.snapshot(command, respond)) {
                           respond(Reply::Versions{snapshot->albums});
                       }
@@ -178,8 +178,8 @@ void addVariationCommands(CommandServer &server, Projects &projects)
 void addProjectCommands(CommandServer &server, Projects &projects)
 {
     server.handle(QStringLiteral("project_rename"),
-                  [&](const IPCCommand &command, Responder respond) {
-                      projects.renameProject(command, std::move(respond));
+                  [&](const IPCCommand &command, const Responder &respond) {
+                      projects.renameProject(command, respond);
                   });
     addWrite(server, projects, QStringLiteral("version_create"), {&IPCCommand::name},
              [](Project &project, const IPCCommand &command) {

@@ -4,6 +4,7 @@
 #include <queue>
 
 #include <algorithm>
+#include <ranges>
 
 namespace ostra {
 
@@ -163,10 +164,10 @@ Outcome<SongGraph> HistoryReader::graph(const SongSnapshot &song)
     }
     const QList<int> order = drawingOrder(*saves);
     // What only a merge leads to belonged to a variation that is gone: it is drawn with the merge.
-    for (auto save = order.rbegin(); save != order.rend(); ++save) {
-        for (const int parent : at(*save).parents) {
+    for (const int save : std::ranges::reverse_view(order)) {
+        for (const int parent : at(save).parents) {
             if (laneOf(parent) == kNone) {
-                laneOf(parent) = laneOf(*save);
+                laneOf(parent) = laneOf(save);
             }
         }
     }
@@ -249,7 +250,7 @@ Outcome<std::optional<ObjectId>> HistoryReader::resolve(const SongSnapshot &song
         return named->commit;
     }
     if (isNumber && steps >= 0) {
-        const auto start = resolve(song, revision.first(tilde));
+        auto start = resolve(song, revision.first(tilde));
         if (!start || !*start) {
             return start;
         }

@@ -195,7 +195,7 @@ SaveSummary Project::describe(const QString &file, const SetImage &image, Commit
     summary = summarise(base, image.set->xml);
     if (summary.message != draft.message) {
         draft.message = summary.message;
-        (void)commitOnto(file, std::move(draft), m_songs[file].current);
+        (void)commitOnto(file, draft, m_songs[file].current);
     }
     return summary;
 }
@@ -206,9 +206,10 @@ Outcome<void> Project::adopt(const QString &file, const ObjectId &tree)
 {
     for (auto it = m_songs.begin(); it != m_songs.end(); ++it) {
         if (it->tip.tree == tree && !QFile::exists(path(it.key()))) {
-            const QString from = it.key();
+            // The key goes with the song.
+            const QString from = it.key(); // NOLINT(performance-unnecessary-copy-initialization)
             m_file.rename = PendingRename{from, file, std::nullopt};
-            if (const auto saved = saveFile(); !saved) {
+            if (auto saved = saveFile(); !saved) {
                 return saved;
             }
             const auto moved = moveSong(from, file);
@@ -222,7 +223,7 @@ Outcome<void> Project::adopt(const QString &file, const ObjectId &tree)
     }
     const QString main = QStringLiteral("main");
     m_file.songs.append({file, main, {main}, {}});
-    if (const auto saved = saveFile(); !saved) {
+    if (auto saved = saveFile(); !saved) {
         m_file.songs.removeLast();
         return saved;
     }
@@ -258,10 +259,10 @@ Outcome<bool> Project::takeBackFromTrash(const QString &file, const ObjectId &tr
     return false;
 }
 
-Outcome<ObjectId> Project::commitOnto(const QString &file, CommitDraft draft,
+Outcome<ObjectId> Project::commitOnto(const QString &file, const CommitDraft &draft,
                                       const QString &variation)
 {
-    const auto commit = m_history->commit(draft);
+    auto commit = m_history->commit(draft);
     if (!commit) {
         return commit;
     }

@@ -154,7 +154,8 @@ private:
     SaveSummary describe(const QString &file, const SetImage &image, CommitDraft draft);
     Outcome<void> adopt(const QString &file, const ObjectId &tree);
     Outcome<bool> takeBackFromTrash(const QString &file, const ObjectId &tree);
-    Outcome<ObjectId> commitOnto(const QString &file, CommitDraft draft, const QString &variation);
+    Outcome<ObjectId> commitOnto(const QString &file, const CommitDraft &draft,
+                                 const QString &variation);
 
     // Rewriting (ProjectSongs.cpp).
     Outcome<PendingRewrite> restoring(const QString &file, const QString &variation,

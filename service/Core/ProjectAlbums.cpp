@@ -52,7 +52,7 @@ Outcome<void> Project::restoreAlbum(const QString &name)
         return failure(QStringLiteral("There is no album version “%1”.").arg(name));
     }
     const AlbumRecord album = *found;
-    if (const auto kept = keepAll(); !kept) {
+    if (auto kept = keepAll(); !kept) {
         return kept;
     }
     QList<PendingRewrite> targets;
@@ -76,7 +76,7 @@ Outcome<void> Project::restoreAlbum(const QString &name)
 Outcome<void> Project::keepAll()
 {
     for (const QString &file : m_songs.keys()) {
-        if (const auto kept = keepOrFail(file); !kept) {
+        if (auto kept = keepOrFail(file); !kept) {
             return kept;
         }
     }
@@ -118,7 +118,7 @@ Outcome<void> Project::renameInAlbums(const std::function<bool(AlbumEntry &)> &c
         if (count == 0) {
             continue;
         }
-        if (const auto set = m_history->setAlbum(changed); !set) {
+        if (auto set = m_history->setAlbum(changed); !set) {
             return set;
         }
         album = std::move(changed);

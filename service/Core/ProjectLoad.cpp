@@ -54,7 +54,7 @@ bool isOwnFile(const QString &file)
 
 Outcome<void> Project::load(Missing missing, const QString &name)
 {
-    if (const auto opened = openFiles(missing, name); !opened) {
+    if (auto opened = openFiles(missing, name); !opened) {
         return opened;
     }
     m_albums = m_history->albums();
@@ -343,7 +343,7 @@ bool Project::emptyTrash(qint64 keptSeconds)
 /// down.
 bool Project::ageTrash()
 {
-    constexpr qint64 kLongest = 24 * 3600;
+    constexpr qint64 kLongest = qint64{24} * 3600;
     constexpr qint64 kShortest = 3600;
     const qint64 passed = now() - m_file.trashLookedAt;
     if (passed >= 0 && passed < kShortest) {

@@ -139,7 +139,7 @@ Outcome<void> Project::resolveConflict(const QString &conflict, const QString &c
     if (!song) {
         return tl::unexpected(song.error());
     }
-    if (const auto kept = keepOrFail(merge->file); !kept) {
+    if (auto kept = keepOrFail(merge->file); !kept) {
         return kept;
     }
     const Song &present = m_songs[merge->file];

@@ -20,7 +20,7 @@ Outcome<void> Project::restoreVersion(const QString &file, const QString &name)
         return failure(QStringLiteral("This song has no version “%1”.").arg(name));
     }
     const ObjectId commit = found->commit;
-    if (const auto kept = keepOrFail(file); !kept) {
+    if (auto kept = keepOrFail(file); !kept) {
         return kept;
     }
     return restoring(file, m_songs[file].current, commit, QStringLiteral("Restore “%1”").arg(name))
@@ -41,7 +41,7 @@ Outcome<void> Project::switchVariation(const QString &file, const QString &name)
         return {};
     }
     const ObjectId commit = found->commit;
-    if (const auto kept = keepOrFail(file); !kept) {
+    if (auto kept = keepOrFail(file); !kept) {
         return kept;
     }
     return rewrite({{file, name, commit}});
@@ -65,8 +65,7 @@ Outcome<void> Project::createVariation(const QString &file, const QString &typed
     if (!known.variations.contains(*name)) {
         known.variations.append(*name);
     }
-    const auto made =
-        saveFile().and_then([&] { return m_history->setHead(file, *name, grown.tip.id); });
+    auto made = saveFile().and_then([&] { return m_history->setHead(file, *name, grown.tip.id); });
     if (!made) {
         return made;
     }
@@ -113,7 +112,7 @@ Outcome<void> Project::moveVariation(const QString &file, const QString &from, c
 {
     Song &song = m_songs[file];
     VariationTip *tip = song.variation(from);
-    if (const auto set = m_history->setHead(file, to, tip->commit); !set) {
+    if (auto set = m_history->setHead(file, to, tip->commit); !set) {
         return set;
     }
     SongEntry &known = entry(file);
@@ -148,8 +147,7 @@ Outcome<void> Project::deleteVariation(const QString &file, const QString &name)
                            .arg(name));
     }
     const QString trashId = addToTrash(file, name).id;
-    const auto moved =
-        saveFile().and_then([&] { return m_history->moveToTrash(file, name, trashId); });
+    auto moved = saveFile().and_then([&] { return m_history->moveToTrash(file, name, trashId); });
     if (!moved) {
         (void)m_history->dropTrash(trashId);
         m_file.trash.removeLast(); // or the next start would finish what was refused
@@ -198,7 +196,7 @@ Outcome<QString> Project::renameSong(const QString &file, const QString &to)
 /// May be repeated: every step is skipped where it has been done.
 Outcome<void> Project::moveSong(const QString &from, const QString &to)
 {
-    if (const auto moved = m_history->renameSong(from, to); !moved) {
+    if (auto moved = m_history->renameSong(from, to); !moved) {
         return moved;
     }
     m_songs.insert(to, m_songs.take(from));
@@ -218,21 +216,21 @@ Outcome<void> Project::deleteSong(const QString &file)
     if (!song) {
         return tl::unexpected(song.error());
     }
-    if (const auto kept = keepOrFail(file); !kept) {
+    if (auto kept = keepOrFail(file); !kept) {
         return kept;
     }
     const QString trashId = addToTrash(file, std::nullopt).id;
-    if (const auto saved = saveFile(); !saved) {
+    if (auto saved = saveFile(); !saved) {
         m_file.trash.removeLast();
         return saved;
     }
-    const auto trashed = QFile::exists(path(file)) ? moveToTrash(path(file)) : Outcome<void>();
+    auto trashed = QFile::exists(path(file)) ? moveToTrash(path(file)) : Outcome<void>();
     if (!trashed) {
         m_file.trash.removeLast();
         (void)saveFile();
         return trashed;
     }
-    if (const auto moved = m_history->moveToTrash(file, std::nullopt, trashId); !moved) {
+    if (auto moved = m_history->moveToTrash(file, std::nullopt, trashId); !moved) {
         return moved;
     }
     m_songs.remove(file);
@@ -259,7 +257,7 @@ Outcome<void> Project::applyMerge(const QString &file, const QString &from,
     if (!image.isWhole()) {
         return failure(QStringLiteral("The merge did not make a whole set; nothing was changed."));
     }
-    if (const auto kept = keepOrFail(file); !kept) {
+    if (auto kept = keepOrFail(file); !kept) {
         return kept;
     }
     if (m_songs[file].tip.id != onto) {
@@ -338,12 +336,12 @@ Outcome<void> Project::rewriteOne(const PendingRewrite &target)
         if (!replaced) {
             return tl::unexpected(replaced.error());
         }
-        if (const auto kept = keepReplaced(target.file, *replaced); !kept) {
+        if (auto kept = keepReplaced(target.file, *replaced); !kept) {
             return kept;
         }
         song.stamp = replaced->written;
     }
-    if (const auto moved = moveHead(target); !moved) {
+    if (auto moved = moveHead(target); !moved) {
         return moved;
     }
     song.isPresent = true;

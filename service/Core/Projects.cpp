@@ -273,7 +273,7 @@ void Projects::removeWatchPath(const QString &path, const Responder &respond)
     respond(Reply::Ok{});
 }
 
-void Projects::renameProject(const IPCCommand &command, Responder respond)
+void Projects::renameProject(const IPCCommand &command, const Responder &respond)
 {
     const QString to = command.to.value_or(QString()).trimmed();
     const TrackedPtr tracked = find(command);
@@ -281,7 +281,7 @@ void Projects::renameProject(const IPCCommand &command, Responder respond)
         respond.error(QStringLiteral("There already is a project “%1”.").arg(to));
         return;
     }
-    write(command, std::move(respond), [to](Project &project) {
+    write(command, respond, [to](Project &project) {
         return project.rename(to).map(
             [](const QString &name) { return IPCResponse(Reply::ProjectRenamed{name}); });
     });

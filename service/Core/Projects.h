@@ -47,7 +47,7 @@ public:
     void init(const QString &path, const Responder &respond);
     void addWatchPath(const QString &path, const Responder &respond);
     void removeWatchPath(const QString &path, const Responder &respond);
-    void renameProject(const IPCCommand &command, Responder respond);
+    void renameProject(const IPCCommand &command, const Responder &respond);
     QStringList watchPaths() const { return m_settings.watchPaths; }
 
     using Write = std::function<Outcome<IPCResponse>(Project &)>;

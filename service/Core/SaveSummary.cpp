@@ -8,7 +8,7 @@ namespace {
 
 /// Comparing takes about seven times the size in memory and ten milliseconds per megabyte. Hardly a
 /// song is larger than this; one that is gets no words, and is compared when somebody looks.
-constexpr qsizetype kLargestCompared = 64 * 1024 * 1024;
+constexpr qsizetype kLargestCompared = qsizetype{64} * 1024 * 1024;
 
 } // namespace
 

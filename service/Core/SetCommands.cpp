@@ -87,17 +87,19 @@ Outcome<Projects::Thought> plan(HistoryReader &reader, const SongSnapshot &song,
 
 void addMergeCommands(CommandServer &server, Projects &projects)
 {
-    server.handle(QStringLiteral("merge_plan"), [&](const IPCCommand &command, Responder respond) {
-        if (lacks(command, {&IPCCommand::from, &IPCCommand::into}, respond)) {
-            return;
-        }
-        projects.think(command, std::move(respond),
-                       [from = *command.from, into = *command.into](HistoryReader &reader,
-                                                                    const SongSnapshot &song) {
-                           return plan(reader, song, from, into);
-                       });
-    });
-    server.handle(QStringLiteral("merge_apply"), [&](const IPCCommand &command, Responder respond) {
+    server.handle(QStringLiteral("merge_plan"),
+                  [&](const IPCCommand &command, const Responder &respond) {
+                      if (lacks(command, {&IPCCommand::from, &IPCCommand::into}, respond)) {
+                          return;
+                      }
+                      projects.think(command, respond,
+                                     [from = *command.from, into = *command.into](
+                                         HistoryReader &reader, const SongSnapshot &song) {
+                                         return plan(reader, song, from, into);
+                                     });
+                  });
+    server.handle(QStringLiteral("merge_apply"), [&](const IPCCommand &command,
+                                                     const Responder &respond) {
         if (lacks(command, {&IPCCommand::file, &IPCCommand::from, &IPCCommand::into}, respond)) {
             return;
         }
@@ -105,48 +107,51 @@ void addMergeCommands(CommandServer &server, Projects &projects)
                                        command.picks.value_or(QList<IPCMergeKeySide>()),
                                        command.fallback_sides.value_or(QList<IPCMergeKeySide>()),
                                        command.fingerprint};
-        projects.write(command, std::move(respond), [command, decisions](Project &project) {
+        projects.write(command, respond, [command, decisions](Project &project) {
             return project.merge(*command.file, *command.from, *command.into, decisions)
                 .map([](const MergeResult &result) { return IPCResponse(result); });
         });
     });
     server.handle(QStringLiteral("merge_pending"),
-                  [&](const IPCCommand &command, Responder respond) {
-                      projects.write(command, std::move(respond), [](Project &project) {
+                  [&](const IPCCommand &command, const Responder &respond) {
+                      projects.write(command, respond, [](Project &project) {
                           return Outcome<IPCResponse>(project.pendingMerge());
                       });
                   });
-    server.handle(QStringLiteral("merge_abort"), [&](const IPCCommand &command, Responder respond) {
-        projects.write(command, std::move(respond), [](Project &project) {
-            return project.abortMerge().map([] { return IPCResponse(Reply::Ok{}); });
-        });
-    });
-    server.handle(QStringLiteral("resolve"), [&](const IPCCommand &command, Responder respond) {
-        if (lacks(command, {&IPCCommand::conflict_id, &IPCCommand::choice}, respond)) {
-            return;
-        }
-        projects.write(command, std::move(respond), [command](Project &project) {
-            return project.resolveConflict(*command.conflict_id, *command.choice).map([] {
-                return IPCResponse(Reply::Ok{});
+    server.handle(QStringLiteral("merge_abort"),
+                  [&](const IPCCommand &command, const Responder &respond) {
+                      projects.write(command, respond, [](Project &project) {
+                          return project.abortMerge().map([] { return IPCResponse(Reply::Ok{}); });
+                      });
+                  });
+    server.handle(
+        QStringLiteral("resolve"), [&](const IPCCommand &command, const Responder &respond) {
+            if (lacks(command, {&IPCCommand::conflict_id, &IPCCommand::choice}, respond)) {
+                return;
+            }
+            projects.write(command, respond, [command](Project &project) {
+                return project.resolveConflict(*command.conflict_id, *command.choice).map([] {
+                    return IPCResponse(Reply::Ok{});
+                });
             });
         });
-    });
 }
 
 } // namespace
 
 void addSetCommands(CommandServer &server, Projects &projects)
 {
-    server.handle(QStringLiteral("diff_track"), [&](const IPCCommand &command, Responder respond) {
-        if (lacks(command, {&IPCCommand::base, &IPCCommand::head}, respond)) {
-            return;
-        }
-        projects.think(command, std::move(respond),
-                       [base = *command.base, head = *command.head](HistoryReader &reader,
-                                                                    const SongSnapshot &song) {
-                           return diff(reader, song, base, head);
-                       });
-    });
+    server.handle(QStringLiteral("diff_track"),
+                  [&](const IPCCommand &command, const Responder &respond) {
+                      if (lacks(command, {&IPCCommand::base, &IPCCommand::head}, respond)) {
+                          return;
+                      }
+                      projects.think(command, respond,
+                                     [base = *command.base, head = *command.head](
+                                         HistoryReader &reader, const SongSnapshot &song) {
+                                         return diff(reader, song, base, head);
+                                     });
+                  });
     addMergeCommands(server, projects);
 }
 

@@ -297,7 +297,7 @@ std::optional<QString> choiceOf(const QHash<QString, QString> &choices, const QS
 std::optional<QString> sharedChoice(const QHash<QString, QString> &choices,
                                     const QList<MergePlanPickDTO> &picks)
 {
-    const std::optional<QString> first = choiceOf(choices, picks.first().keyId);
+    std::optional<QString> first = choiceOf(choices, picks.first().keyId);
     for (const MergePlanPickDTO &pick : picks) {
         if (choiceOf(choices, pick.keyId) != first) {
             return std::nullopt;
