@@ -222,7 +222,7 @@ void TestSetService::aPlanOfLargeSetsHoldsUpNobodyElse()
     const QByteArray plan = "{\"cmd\":\"merge_plan\",\"repo\":\"Album\",\"file\":\"Song.als\","
                             "\"from\":\"idea\",\"into\":\"main\"}\n";
     std::vector<std::unique_ptr<ServiceConnection>> planning; // more than there are threads for it
-    for (int i = 0; i < 4; ++i) {
+    for (int i = 0; i < 8; ++i) {
         planning.push_back(m_service->connect());
         planning.back()->sendRaw(plan);
     }
