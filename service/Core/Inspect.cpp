@@ -129,7 +129,11 @@ public:
             const auto done = m_history.rebuild(save.id).and_then(
                 [&](const RebuiltSet &set) { return replaceFile(path, set.bytes); });
             m_met.insert(save.id);
-            done ? void(++m_written) : complain(path, done.error());
+            if (done) {
+                ++m_written;
+            } else {
+                complain(path, done.error());
+            }
         }
     }
 

@@ -20,12 +20,15 @@ RowMotion::~RowMotion() = default;
 
 void RowMotion::setContainer(QQuickItem *container)
 {
-    if (m_container != container) {
-        m_container = container;
+    if (m_container == container) {
+        return;
+    }
+    m_container = container;
+    if (container != nullptr) { // none is left when the view goes
         connect(container, &QQuickItem::windowChanged, this, &RowMotion::watch);
         watch(container->window());
-        emit containerChanged();
     }
+    emit containerChanged();
 }
 
 void RowMotion::watch(QQuickWindow *window)

@@ -486,6 +486,9 @@ private slots:
         };
         QCOMPARE(firstPainted(add()), 1.0);
         QCOMPARE(firstPainted(add()), 0.0);
+        list->property("motion").value<QObject *>()->setProperty(
+            "container", QVariant::fromValue<QQuickItem *>(nullptr));
+        QCOMPARE(firstPainted(add()), 1.0);
     }
 
     void aRefreshInTheMiddleOfAMotionLosesNoRow()
