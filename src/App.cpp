@@ -1,5 +1,6 @@
 #include "App.h"
 
+#include "Design/DesignSystem.h"
 #include "Design/FontRegistration.h"
 #include "Platform/Installation.h"
 #include "Platform/SystemFolderChooser.h"
@@ -21,40 +22,23 @@ bool isWayland()
 {
     return QGuiApplication::platformName().startsWith(u"wayland");
 }
-
-MainWindow::Loading beginLoading(QQmlEngine &engine, bool windowIsWanted)
-{
-    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
-    return windowIsWanted ? MainWindow::beginLoading(engine) : MainWindow::Loading();
-}
 } // namespace
 
-App::App(const CommandLine &commandLine, const QString &homePath)
-    : m_commandLine(commandLine), m_loading(beginLoading(m_engine, commandLine.show)),
-      m_host(makeSystemHostApplications(m_scheduler)), m_folderChooser(makeSystemFolderChooser()),
-      m_trays(TrayWatcher::make()), m_daemon({.scheduler = m_scheduler,
-                                              .launcher = m_launcher,
-                                              .host = *m_host,
-                                              .homePath = homePath,
-                                              .helpersPath = Installation::helpersPath(),
-                                              .terminateApplication =
-                                                  [] {
-                                                      QCoreApplication::exit(0);
-                                                  }}),
-      m_window(m_engine, m_daemon, *m_folderChooser,
-               ProjectTexts::versionText(QCoreApplication::applicationVersion())),
-      m_item(m_daemon, *m_trays)
+App::App(const CommandLine &commandLine, QQmlEngine &engine, const QString &homePath)
+    : m_commandLine(commandLine), m_host(makeSystemHostApplications(m_scheduler)),
+      m_daemon({.scheduler = m_scheduler,
+                .launcher = m_launcher,
+                .host = *m_host,
+                .homePath = homePath,
+                .helpersPath = Installation::helpersPath(),
+                .terminateApplication =
+                    [] {
+                        QCoreApplication::exit(0);
+                    }}),
+      m_folderChooser(makeSystemFolderChooser()),
+      m_window(engine, m_daemon, *m_folderChooser,
+               ProjectTexts::versionText(QCoreApplication::applicationVersion()))
 {
-    registerBundledFonts();
-    connect(m_trays.get(), &TrayWatcher::trayChanged, this, &App::takePlace);
-    connect(&m_item, &MenubarItem::toggleRequested, this, &App::toggleWindow);
-    connect(&m_item, &MenubarItem::openRequested, this, [this] { showWindow(); });
-    connect(&m_item, &MenubarItem::settingsRequested, this, [this] {
-        showWindow();
-        m_window.showSettings();
-    });
-    connect(&m_item, &MenubarItem::keepOpenToggled, &m_window, &MainWindow::setKeepsOpen);
-    connect(&m_item, &MenubarItem::quitRequested, &m_daemon, &DaemonState::quit);
     connect(&m_window, &MainWindow::closed, this, &App::windowClosed);
     connect(&m_window, &MainWindow::guideRequested, this, &App::openGuide);
     connect(&m_window, &MainWindow::rescanRequested, &m_daemon, &DaemonState::rescan);
@@ -70,12 +54,32 @@ void App::start(const QByteArray &activationToken)
             std::puts(qPrintable(traceLine(direction, line)));
         });
     }
+    // First, so that the service answers while the rest is made.
     m_daemon.start();
     m_daemon.fetchWatchPaths();
+    registerBundledFonts();
+    // Qt looks at a text in the application's font before its own: with the same it opens one less.
+    QGuiApplication::setFont(bodyFont());
+    makeItem();
     if (m_commandLine.show) {
         showWindow(std::exchange(m_activationToken, {}));
     }
     takePlace();
+}
+
+void App::makeItem()
+{
+    m_trays = TrayWatcher::make();
+    connect(m_trays.get(), &TrayWatcher::trayChanged, this, &App::takePlace);
+    m_item = std::make_unique<MenubarItem>(m_daemon, *m_trays);
+    connect(m_item.get(), &MenubarItem::toggleRequested, this, &App::toggleWindow);
+    connect(m_item.get(), &MenubarItem::openRequested, this, [this] { showWindow(); });
+    connect(m_item.get(), &MenubarItem::settingsRequested, this, [this] {
+        showWindow();
+        m_window.showSettings();
+    });
+    connect(m_item.get(), &MenubarItem::keepOpenToggled, &m_window, &MainWindow::setKeepsOpen);
+    connect(m_item.get(), &MenubarItem::quitRequested, &m_daemon, &DaemonState::quit);
 }
 
 void App::takePlace()
@@ -96,7 +100,7 @@ void App::takePlace()
 
 void App::showWindow(const QByteArray &activationToken)
 {
-    m_window.show(m_item.geometry(), activationToken);
+    m_window.show(m_item->geometry(), activationToken);
 }
 
 void App::toggleWindow()
@@ -104,7 +108,7 @@ void App::toggleWindow()
     if (m_window.isVisible()) {
         m_window.hide();
     } else if (!m_window.wasJustDismissed()) {
-        QRect item = m_item.geometry();
+        QRect item = m_item->geometry();
         if (item.isEmpty() && !isWayland()) {
             item = QRect(QCursor::pos(), QSize(1, 1)); // the click was on the item
         }
@@ -114,7 +118,7 @@ void App::toggleWindow()
 
 void App::windowClosed()
 {
-    if (!m_item.isShown()) {
+    if (!m_item->isShown()) {
         // Nothing is left to bring the window back. quit() would ask the window, which stays.
         QCoreApplication::exit(0);
     }

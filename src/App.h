@@ -9,7 +9,6 @@
 
 #include <QCoroTask>
 #include <QObject>
-#include <QQmlEngine>
 
 #include <memory>
 
@@ -26,7 +25,7 @@ class App : public QObject {
     Q_OBJECT
 
 public:
-    App(const CommandLine &commandLine, const QString &homePath);
+    App(const CommandLine &commandLine, QQmlEngine &engine, const QString &homePath);
     ~App() override;
 
     /// Connects to the service and takes the place that the desktop offers. `activationToken`: what
@@ -35,22 +34,21 @@ public:
     void showWindow(const QByteArray &activationToken = {});
 
 private:
+    void makeItem();
     void takePlace();
     void toggleWindow();
     void windowClosed();
     QCoro::Task<> openGuide();
 
     CommandLine m_commandLine;
-    QQmlEngine m_engine;
-    MainWindow::Loading m_loading; ///< goes on beside all that follows
     SystemScheduler m_scheduler;
     DetachedProcessLauncher m_launcher;
     std::unique_ptr<HostApplications> m_host;
-    std::unique_ptr<FolderChooser> m_folderChooser;
-    std::unique_ptr<TrayWatcher> m_trays;
     DaemonState m_daemon;
+    std::unique_ptr<FolderChooser> m_folderChooser;
     MainWindow m_window;
-    MenubarItem m_item;
+    std::unique_ptr<TrayWatcher> m_trays;
+    std::unique_ptr<MenubarItem> m_item;
     QByteArray m_activationToken; ///< of this start, for its first window
 };
 

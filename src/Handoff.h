@@ -1,7 +1,8 @@
 #pragma once
 
+#include "Arrivals.h"
+
 #include <QCoreApplication>
-#include <QEvent>
 #include <QObject>
 
 #include <atomic>
@@ -27,7 +28,7 @@ public:
         handoff->m_value.emplace(std::move(value));
         handoff->m_self = handoff;
         handoff->m_resolved.store(true, std::memory_order_release);
-        QCoreApplication::postEvent(handoff.get(), new QEvent(QEvent::User));
+        QCoreApplication::postEvent(handoff.get(), new QEvent(arrivalEvent()));
     }
 
     /// To be awaited once.

@@ -1,5 +1,7 @@
 #include "Mailbox.h"
 
+#include "Arrivals.h"
+
 #include <QCoreApplication>
 #include <QEvent>
 
@@ -10,7 +12,7 @@ void Mailbox::post(Work work)
     const std::lock_guard lock(m_mutex);
     m_work.push_back(std::move(work));
     if (m_work.size() == 1) {
-        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+        QCoreApplication::postEvent(this, new QEvent(arrivalEvent()));
     }
 }
 

@@ -1,5 +1,6 @@
 #include "MainWindow.h"
 
+#include "Arrivals.h"
 #include "DaemonState.h"
 #include "Platform/TaskBar.h"
 #include "Views/MenuBarViewModel.h"
@@ -128,6 +129,8 @@ void MainWindow::applyMode()
 void MainWindow::show(const QRect &item, const QByteArray &activationToken)
 {
     if (!m_window) {
+        // What the service answers while the window and its content are made, the first frame shows.
+        takeArrivals();
         make();
     }
     m_item = item;
@@ -141,8 +144,7 @@ void MainWindow::show(const QRect &item, const QByteArray &activationToken)
             map();
         }
         if (m_content == nullptr) {
-            // The service can answer while the content is made; the first frame then shows it.
-            QCoreApplication::sendPostedEvents();
+            takeArrivals();
             fill();
         }
         view()->resetToTop();

@@ -1,9 +1,11 @@
 #include "App.h"
+#include "Platform/DesktopConnection.h"
 #include "Platform/SystemFonts.h"
 #include "SingleInstance.h"
 
 #include <QApplication>
 #include <QDir>
+#include <QQmlEngine>
 #include <QQuickWindow>
 #include <QtQml/qqmlextensionplugin.h>
 
@@ -34,6 +36,7 @@ int main(int argc, char *argv[])
     if (!commandLine.gpu) {
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     }
+    // What takes time and needs nothing else goes on beside all that follows.
     const std::future<void> systemFonts = beginReadingSystemFonts();
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("ostra"));
@@ -41,6 +44,11 @@ int main(int argc, char *argv[])
     QApplication::setApplicationVersion(version);
     QApplication::setDesktopFileName(QStringLiteral("ostra"));
     QApplication::setQuitOnLastWindowClosed(false);
+    const std::future<void> desktop = beginConnectingToDesktop();
+    QQmlEngine engine;
+    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+    const MainWindow::Loading views =
+        commandLine.show ? MainWindow::beginLoading(engine) : MainWindow::Loading();
 
     SingleInstance instance(QDir::homePath() + QStringLiteral("/.ostra"));
     const QByteArray activationToken = qgetenv("XDG_ACTIVATION_TOKEN");
@@ -55,7 +63,8 @@ int main(int argc, char *argv[])
         return 1;
     }
 
-    App app(commandLine, QDir::homePath());
+    systemFonts.wait();
+    App app(commandLine, engine, QDir::homePath());
     QObject::connect(&instance, &SingleInstance::showRequested, &app, &App::showWindow);
     app.start(activationToken);
     return QApplication::exec();

@@ -31,6 +31,8 @@ class Started:
         for line in self.process.stderr:
             if b"scenegraph" in line or b"rame rendered" in line or b"syncAndRender" in line:
                 break
+        else:
+            raise RuntimeError(f"{command[0]} ended before it had painted anything")
         self.first_frame = time.monotonic() - self.begun
         os.set_blocking(self.process.stderr.fileno(), False)
 

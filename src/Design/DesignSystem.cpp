@@ -18,6 +18,8 @@ constexpr QRgb kHighContrastGreyDim = 0xffa8a294;
 constexpr QRgb kHighContrastLine = 0xff6b665d;
 constexpr QRgb kHighContrastDanger = 0xffff8a80;
 
+constexpr QLatin1StringView kMono("IBM Plex Mono");
+
 } // namespace
 
 QFont fontOfSize(const QString &family, qreal points, int weight, qreal letterSpacing)
@@ -31,6 +33,11 @@ QFont fontOfSize(const QString &family, qreal points, int weight, qreal letterSp
         font.setLetterSpacing(QFont::AbsoluteSpacing, letterSpacing);
     }
     return font;
+}
+
+QFont bodyFont()
+{
+    return fontOfSize(kMono, 10.5);
 }
 
 QColor DesignColors::grey() const
@@ -92,7 +99,7 @@ DesignSystem *DesignSystem::of(const QObject *object)
 
 QFont DesignSystem::mono(qreal points, int weight, qreal letterSpacing) const
 {
-    return fontOfSize(QStringLiteral("IBM Plex Mono"), points, weight, letterSpacing);
+    return fontOfSize(kMono, points, weight, letterSpacing);
 }
 
 QFont DesignSystem::inter(qreal points, int weight, qreal letterSpacing) const

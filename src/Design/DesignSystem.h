@@ -34,6 +34,8 @@ inline constexpr int panel = 200; ///< panel expansion and switching
 /// points go through the point size and the screen's resolution: nothing else sets a font size.
 QFont fontOfSize(const QString &family, qreal points, int weight = QFont::Normal,
                  qreal letterSpacing = 0);
+/// What a text is set in that asks for nothing else.
+QFont bodyFont();
 
 /// `DS.color.*` in QML. High contrast raises the muted tones; every other value is fixed.
 class DesignColors : public QObject {

@@ -6,6 +6,8 @@
 #include <QQmlEngine>
 #include <QTest>
 
+#include <algorithm>
+
 using namespace ostra;
 
 namespace {
@@ -71,6 +73,17 @@ private slots:
         world.window.show({});
         QCOMPARE(world.watch.tokens, QByteArrayList({"host"}));
         QVERIFY(!qEnvironmentVariableIsSet(kActivationToken));
+    }
+    void whoAsksForItWhileItIsMadeGetsTheSameOne()
+    {
+        World world;
+        QMetaObject::invokeMethod(
+            &world.window, [&world] { world.window.show({}); }, Qt::QueuedConnection);
+        world.window.show({});
+        QCoreApplication::processEvents();
+        const auto isOurs = [](const QWindow *window) { return window->title() == u"OSTRA"; };
+        QCOMPARE(std::ranges::count_if(QGuiApplication::topLevelWindows(), isOurs), 1);
+        QVERIFY(world.window.isVisible());
     }
 };
 

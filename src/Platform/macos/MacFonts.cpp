@@ -5,7 +5,7 @@ namespace ostra {
 // The system's font server has them ready.
 std::future<void> beginReadingSystemFonts()
 {
-    return {};
+    return std::async(std::launch::deferred, [] {});
 }
 
 } // namespace ostra
