@@ -9,6 +9,7 @@
 #include "TraceLine.h"
 #include "Views/ProjectTexts.h"
 
+#include <QAccessible>
 #include <QCursor>
 #include <QGuiApplication>
 
@@ -62,6 +63,12 @@ void App::start(const QByteArray &activationToken)
     QGuiApplication::setFont(bodyFont());
     makeItem();
     if (m_commandLine.show) {
+        // Meets the desktop's assistive technologies, which takes as long as loading the views and
+        // would otherwise begin after it.
+        QAccessible::isActive();
+        m_window.prepare();
+        // A window that changes its kind when it is on screen already flickers.
+        m_trays->takeAnswer();
         showWindow(std::exchange(m_activationToken, {}));
     }
     takePlace();

@@ -126,13 +126,18 @@ void MainWindow::applyMode()
     }
 }
 
-void MainWindow::show(const QRect &item, const QByteArray &activationToken)
+void MainWindow::prepare()
 {
     if (!m_window) {
         // What the service answers while the window and its content are made, the first frame shows.
         takeArrivals();
         make();
     }
+}
+
+void MainWindow::show(const QRect &item, const QByteArray &activationToken)
+{
+    prepare();
     m_item = item;
     // Where Qt's Wayland platform reads it, and where its status notifier puts the host's own.
     constexpr auto kActivationToken = "XDG_ACTIVATION_TOKEN";

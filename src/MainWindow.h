@@ -42,6 +42,8 @@ public:
     Mode mode() const { return m_mode; }
     void setKeepsOpen(bool keepsOpen) { m_keepsOpen = keepsOpen; }
 
+    /// Makes the window, which show() does too where it was not done before.
+    void prepare();
     /// Shows and raises the window. `item`: where the menu-bar item is, in logical pixels of the
     /// virtual desktop; empty where nobody knows. `activationToken`: what the desktop gave whoever
     /// asked, or empty.

@@ -2,9 +2,12 @@
 
 #include <QDeadlineTimer>
 #include <QDir>
-#include <QFile>
 #include <QLocalSocket>
 #include <QThread>
+
+#include <cerrno>
+
+#include <sys/file.h>
 
 using namespace std::chrono_literals;
 
@@ -22,14 +25,14 @@ SingleInstance::SingleInstance(const QString &folder, QObject *parent)
 {
     QDir().mkpath(folder);
     QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    m_lock.setStaleLockTime(0ms); // only a dead holder's lock is stale, however old
     connect(&m_server, &QLocalServer::newConnection, this, &SingleInstance::answer);
 }
 
 SingleInstance::Start SingleInstance::start(const QByteArray &activationToken,
                                             std::chrono::milliseconds patience)
 {
-    if (!m_lock.tryLock(0ms) && m_lock.error() == QLockFile::LockFailedError) {
+    if (m_lock.open(QFile::ReadWrite) && ::flock(m_lock.handle(), LOCK_EX | LOCK_NB) != 0 &&
+        errno == EWOULDBLOCK) {
         return askHolder(activationToken, patience) ? Start::handedOver : Start::unreachable;
     }
     // Whoever holds the lock owns the socket's name, so what lies there is left over.

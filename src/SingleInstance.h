@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QByteArray>
+#include <QFile>
 #include <QLocalServer>
-#include <QLockFile>
 #include <QObject>
 
 namespace ostra {
@@ -33,7 +33,7 @@ private:
     void answer();
 
     QString m_socketPath;
-    QLockFile m_lock;
+    QFile m_lock; ///< the system releases it with the process, however that ends
     QLocalServer m_server;
 };
 

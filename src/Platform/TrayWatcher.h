@@ -20,6 +20,9 @@ public:
     /// Whether the tray colours a template image for light and dark; a constant of the platform.
     virtual bool tintsIcons() const = 0;
 
+    /// Takes in what the desktop has answered by now, and not when the event loop is reached.
+    virtual void takeAnswer() {}
+
     static std::unique_ptr<TrayWatcher> make();
 
 signals:

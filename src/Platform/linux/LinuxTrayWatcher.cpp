@@ -38,11 +38,11 @@ LinuxTrayWatcher::LinuxTrayWatcher()
     connect(&m_bus, &QDBusServiceWatcher::serviceOwnerChanged, this,
             &LinuxTrayWatcher::askForNotifierHost);
     for (const char *signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
-        // Signals of the bus can be named by strings only.
+        // Signals of the bus can be named by strings only. From any sender: to know the one that
+        // owns the name now would mean waiting, and all that is done is to ask it.
         QDBusConnection::sessionBus().connect(
-            QString::fromLatin1(kWatcherService), QString::fromLatin1(kWatcherPath),
-            QString::fromLatin1(kWatcherService), QString::fromLatin1(signal), this,
-            SLOT(askForNotifierHost()));
+            QString(), QString::fromLatin1(kWatcherPath), QString::fromLatin1(kWatcherService),
+            QString::fromLatin1(signal), this, SLOT(askForNotifierHost()));
     }
     if (const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()) {
         m_x = x11->connection();
@@ -71,12 +71,20 @@ void LinuxTrayWatcher::askForNotifierHost()
              << QStringLiteral("IsStatusNotifierHostRegistered");
     auto *answer =
         new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
+    m_answer = answer;
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
         const QDBusPendingReply<QVariant> reply = *answer;
         m_notifierHost = reply.isValid() && reply.value().toBool() ? Tray::present : Tray::absent;
         answer->deleteLater();
         tell();
     });
+}
+
+void LinuxTrayWatcher::takeAnswer()
+{
+    if (m_answer) {
+        QCoreApplication::sendPostedEvents(m_answer, QEvent::MetaCall);
+    }
 }
 
 bool LinuxTrayWatcher::findEmbeddingTray()

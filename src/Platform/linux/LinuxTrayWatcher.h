@@ -3,7 +3,9 @@
 #include "Platform/TrayWatcher.h"
 
 #include <QAbstractNativeEventFilter>
+#include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
+#include <QPointer>
 
 #include <xcb/xcb.h>
 
@@ -19,6 +21,7 @@ public:
     ~LinuxTrayWatcher() override;
 
     bool tintsIcons() const override { return false; }
+    void takeAnswer() override;
 
 private:
     bool nativeEventFilter(const QByteArray &eventType, void *message, qintptr *result) override;
@@ -30,6 +33,7 @@ private slots:
 
 private:
     QDBusServiceWatcher m_bus;
+    QPointer<QDBusPendingCallWatcher> m_answer; ///< to the last question, while it is out
     Tray m_notifierHost = Tray::unknown;
     bool m_embeddingTray = false;
 
