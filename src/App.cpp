@@ -69,9 +69,12 @@ void App::start(const QByteArray &activationToken)
         m_window.prepare();
         // A window that changes its kind when it is on screen already flickers.
         m_trays->takeAnswer();
-        showWindow(std::exchange(m_activationToken, {}));
     }
     takePlace();
+    if (m_commandLine.show && !m_window.isVisible()) {
+        // The item has no place of its own yet that the window could stand beside.
+        m_window.show({}, std::exchange(m_activationToken, {}));
+    }
 }
 
 void App::makeItem()

@@ -96,6 +96,23 @@ class WithATray(harness.EndToEnd):
         harness.eventually(lambda: not windows_of("OSTRA"), "a second click closes the window")
         self.assertIsNone(client.process.poll())
 
+    def test_asked_for_at_the_start_the_window_comes_once_and_without_a_frame(self):
+        self.start_tray()
+        self.scripted_service()
+        watch = subprocess.Popen(["xev", "-root", "-event", "substructure"], text=True,
+                                 stdout=subprocess.PIPE)
+        self.addCleanup(watch.kill)
+        client = self.start_client("--show")
+        client.find("label", "daemon · watching 0 projects")
+        x, y, width, height = client.find("frame", "OSTRA").extents
+        self.assertGreater(x, 0)
+        self.assertGreater(y, 28)
+        frame = subprocess.run(["xprop", "-id", windows_of("OSTRA")[-1], "_NET_FRAME_EXTENTS"],
+                               capture_output=True, text=True).stdout
+        self.assertIn("= 0, 0, 0, 0", frame)
+        watch.terminate()
+        self.assertEqual(watch.communicate()[0].count("MapNotify"), 1)
+
     def test_escape_hides_the_window_and_the_client_lives_on(self):
         self.start_tray()
         self.scripted_service()

@@ -52,6 +52,7 @@ LinuxTrayWatcher::LinuxTrayWatcher()
     }
     m_embeddingTray = findEmbeddingTray();
     askForNotifierHost();
+    tell();
 }
 
 LinuxTrayWatcher::~LinuxTrayWatcher()
