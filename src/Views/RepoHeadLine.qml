@@ -20,7 +20,7 @@ Item {
         anchors.fill: parent
         name: root.name
         description: root.metaLine
-        help: nameText.truncated ? root.name : ""
+        help: (nameText.truncated ? root.name : "") + (nameText.truncated && meta.truncated ? "\n" : "") + (meta.truncated ? root.metaLine : "")
         expandable: true
         expanded: root.isExpanded
         onClicked: root.toggleExpand()
@@ -54,6 +54,7 @@ Item {
         decorative: true
     }
     DSText {
+        id: meta
         anchors.left: nameText.left
         anchors.right: parent.right
         anchors.rightMargin: DS.gutter + root.changedWidth

@@ -159,6 +159,9 @@ Window {
                         width: 150
                         text: "Größenwahn 夜明け"
                         placeholder: "Song name"
+                        takesFocus: root.posing
+                        Component.onCompleted: if (root.posing)
+                            select(0, 10)
                     }
                 }
                 Row {
@@ -199,6 +202,11 @@ Window {
                     width: parent.width
                     title: "Lead: reverb removed"
                     posesHot: root.posing
+                }
+                DSCheckRow {
+                    width: parent.width
+                    title: "Drums: new clip at bar 17"
+                    posesFocused: root.posing
                 }
                 DSCheckRow {
                     width: parent.width

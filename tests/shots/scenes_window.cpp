@@ -1,4 +1,8 @@
 #include "Scene.h"
+
+#include "Design/DesignSystem.h"
+#include "Views/ProjectTexts.h"
+
 using namespace ostra;
 using namespace Qt::StringLiterals;
 
@@ -42,6 +46,17 @@ const Scene kNotice(u"window-ableton-notice"_s, [](ViewFixture &view) {
     view.show();
     view.host.start();
     view.daemon->noteAbletonIfRunning(u"Night Drive"_s, u"Night Drive.als"_s);
+});
+
+// The moment in which a window is connecting is too short to be caught.
+const Scene kConnecting(u"footer-connecting"_s, [](ViewFixture &view) {
+    constexpr auto state = DaemonState::ConnectionState::connecting;
+    view.showView(u"StatusFooter.qml"_s,
+                  {{u"width"_s, 360},
+                   {u"connectionState"_s, static_cast<int>(state)},
+                   {u"detailText"_s, ProjectTexts::footerText(state, 0)},
+                   {u"versionText"_s, u"v1.0.0"_s}});
+    view.view->setColor(QColor::fromRgb(DS::Color::paper));
 });
 
 const Scene kNeverConnected(u"window-offline-empty"_s, [](ViewFixture &view) {

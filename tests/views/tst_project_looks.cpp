@@ -280,6 +280,30 @@ private slots:
         QCOMPARE(save->size(), title->size() + QSizeF(22, 12));
     }
 
+    void whatTheHeadLineCutsShortIsInItsHelp()
+    {
+        const QString longName = u"The Night Drive and All the Other Songs We Never Finished"_s;
+        QJsonArray songs;
+        for (int i = 0; i < 1000; ++i) {
+            songs << SongJson{
+                .filename = u"%1.als"_s.arg(i), .changed = true, .savedAgo = 40 * 86400};
+        }
+        ViewFixture view;
+        view.setStatus({kDemo,
+                        RepoJson{.name = longName, .songs = {SongJson{.filename = u"a.als"_s}}},
+                        RepoJson{.name = u"Big"_s, .songs = songs, .sizeBytes = 999'900'000'000}});
+        view.show();
+        const auto help = [&view](const QString &name) {
+            return view.find(QAccessible::Button, name)->object()->property("help").toString();
+        };
+        QCOMPARE(help(u"Demo"_s), QString());
+        QCOMPARE(help(longName), longName);
+        const QString line =
+            view.find(QAccessible::Button, u"Big"_s)->text(QAccessible::Description);
+        QVERIFY2(line.startsWith(u"1000 songs · 999.9 GB · "_s), qPrintable(line));
+        QCOMPARE(help(u"Big"_s), line);
+    }
+
     void theMarkOfASongTellsItsStateAndLeavesTheRowLit()
     {
         ViewFixture view;
