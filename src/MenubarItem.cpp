@@ -3,6 +3,7 @@
 #include "MenubarImage.h"
 #include "Platform/TrayWatcher.h"
 
+#include <QFontDatabase>
 #include <QIcon>
 
 namespace ostra {
@@ -27,6 +28,8 @@ MenubarItem::MenubarItem(DaemonState &daemon, TrayWatcher &trays, QObject *paren
     : QObject(parent), m_daemon(daemon), m_trays(trays),
       m_iconStyle(trays.tintsIcons() ? IconStyle::mask : IconStyle::square)
 {
+    // A menu of the desktop's, which is not set in the window's face.
+    m_menu.setFont(QFontDatabase::systemFont(QFontDatabase::GeneralFont));
     m_menu.addAction(QStringLiteral("Open OSTRA"), this, &MenubarItem::openRequested);
     m_keepOpen = m_menu.addAction(QStringLiteral("Keep open"));
     m_keepOpen->setCheckable(true);
