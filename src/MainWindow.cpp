@@ -129,7 +129,8 @@ void MainWindow::applyMode()
 void MainWindow::prepare()
 {
     if (!m_window) {
-        // What the service answers while the window and its content are made, the first frame shows.
+        // What the service answers while the window and its content are made, the first frame
+        // shows.
         takeArrivals();
         make();
     }

@@ -5,9 +5,9 @@
 #include <QLocalSocket>
 #include <QThread>
 
-#include <cerrno>
-
 #include <sys/file.h>
+
+#include <cerrno>
 
 using namespace std::chrono_literals;
 

@@ -81,7 +81,9 @@ private slots:
             &world.window, [&world] { world.window.show({}); }, Qt::QueuedConnection);
         world.window.show({});
         QCoreApplication::processEvents();
-        const auto isOurs = [](const QWindow *window) { return window->title() == u"OSTRA"; };
+        const auto isOurs = [](const QWindow *window) {
+            return window->title() == u"OSTRA";
+        };
         QCOMPARE(std::ranges::count_if(QGuiApplication::topLevelWindows(), isOurs), 1);
         QVERIFY(world.window.isVisible());
     }

@@ -1,6 +1,5 @@
-#include "Scene.h"
-
 #include "Design/DesignSystem.h"
+#include "Scene.h"
 #include "Views/ProjectTexts.h"
 
 using namespace ostra;
@@ -51,11 +50,10 @@ const Scene kNotice(u"window-ableton-notice"_s, [](ViewFixture &view) {
 // The moment in which a window is connecting is too short to be caught.
 const Scene kConnecting(u"footer-connecting"_s, [](ViewFixture &view) {
     constexpr auto state = DaemonState::ConnectionState::connecting;
-    view.showView(u"StatusFooter.qml"_s,
-                  {{u"width"_s, 360},
-                   {u"connectionState"_s, static_cast<int>(state)},
-                   {u"detailText"_s, ProjectTexts::footerText(state, 0)},
-                   {u"versionText"_s, u"v1.0.0"_s}});
+    view.showView(u"StatusFooter.qml"_s, {{u"width"_s, 360},
+                                          {u"connectionState"_s, static_cast<int>(state)},
+                                          {u"detailText"_s, ProjectTexts::footerText(state, 0)},
+                                          {u"versionText"_s, u"v1.0.0"_s}});
     view.view->setColor(QColor::fromRgb(DS::Color::paper));
 });
 
