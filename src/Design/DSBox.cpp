@@ -7,7 +7,13 @@ namespace ostra {
 
 QImage DSBox::makeImage(qreal devicePixelRatio) const
 {
-    const QSize pixels = (size() * devicePixelRatio).toSize();
+    // Rounded down, so that a box fits into what its own size clips wherever it lies, and a
+    // hairline is as thin as a border. What is a whole number of pixels but for the arithmetic
+    // stays one.
+    const auto pixelsOf = [devicePixelRatio](qreal points) {
+        return qFloor(points * devicePixelRatio + 0.001);
+    };
+    const QSize pixels(pixelsOf(width()), pixelsOf(height()));
     const bool bordered = m_borderWidth > 0 && m_borderColor.alpha() > 0;
     if (pixels.isEmpty() || (m_color.alpha() == 0 && !bordered)) {
         return {};

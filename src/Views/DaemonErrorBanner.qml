@@ -48,10 +48,9 @@ DSBannerFrame {
         style: DSButton.Ghost
         onClicked: root.action()
     }
-    Rectangle {
+    DSDivider {
         anchors.bottom: parent.bottom
         width: parent.width
-        height: 1
         color: DS.color.danger
     }
 }

@@ -25,15 +25,15 @@ Item {
         expanded: root.isExpanded
         onClicked: root.toggleExpand()
     }
-    Rectangle {
+    DSBox {
         id: tile
         x: DS.gutter
         anchors.verticalCenter: parent.verticalCenter
         width: 26
         height: 26
         color: DS.color.paper3
-        border.width: 1
-        border.color: DS.color.line
+        borderWidth: 1
+        borderColor: DS.color.line
 
         DSSymbol {
             anchors.centerIn: parent

@@ -130,6 +130,7 @@ Window {
                         help: "Remove folder"
                     }
                     DSIconButton {
+                        anchors.verticalCenter: parent.verticalCenter
                         symbol: "pencil"
                         symbolSize: 9
                         size: 18
@@ -157,7 +158,7 @@ Window {
                     }
                     DSTextField {
                         width: 150
-                        text: "Größenwahn 夜明け"
+                        text: "Größenwahn Полночь"
                         placeholder: "Song name"
                         takesFocus: root.posing
                         Component.onCompleted: if (root.posing)

@@ -136,9 +136,9 @@ const Scene kLongNames(u"card-long-names"_s, [](ViewFixture &view) {
                                      .savedAgo = 100},
                             song(u"Übergang — für Åsa"_s, u"größer"_s)},
                   .sizeBytes = 1'253'400'000},
-         RepoJson{.name = u"夜のドライブ ナイトドライブ"_s, .songs = {song(u"夜明け"_s)}},
+         RepoJson{.name = u"Полночный экспресс"_s, .songs = {song(u"Рассвет"_s)}},
          RepoJson{.name = u"موسيقى الليل"_s, .songs = {song(u"Ночь"_s, u"версия 2"_s)}},
-         RepoJson{.name = u"Été 🎹 Ñandú"_s, .songs = {song(u"Été"_s, u"v1"_s)}}},
+         RepoJson{.name = u"Été ♫ Ñandú"_s, .songs = {song(u"Été"_s, u"v1"_s)}}},
         {discoveredJson(endless, 12)});
     view.show();
     view.press(endless);

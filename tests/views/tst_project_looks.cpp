@@ -248,8 +248,7 @@ private slots:
         const QQuickItem *tile = diamond->parentItem();
         QCOMPARE(tile->size(), QSizeF(26, 26));
         QCOMPARE(colorOf(tile), DS::Color::paper3);
-        QCOMPARE(tile->property("border").value<QObject *>()->property("color").value<QColor>(),
-                 QColor::fromRgb(DS::Color::line));
+        QCOMPARE(tile->property("borderColor").value<QColor>(), QColor::fromRgb(DS::Color::line));
         const QQuickItem *pencil = drawing(view, u"pencil"_s);
         QCOMPARE(pencil->property("size").toReal(), 9.0);
         QCOMPARE(colorOf(pencil), DS::Color::grey);

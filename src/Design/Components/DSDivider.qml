@@ -2,7 +2,7 @@ import QtQuick
 import Ostra.Design
 
 /// A horizontal hairline over the full width.
-Rectangle {
+DSBox {
     implicitHeight: 1
     color: DS.color.line
 }

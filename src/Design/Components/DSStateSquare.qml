@@ -19,12 +19,12 @@ Item {
     Accessible.name: root.accessibility
     Accessible.ignored: root.accessibility === ""
 
-    Rectangle {
+    DSBox {
         y: -1
         width: root.size
         height: root.size
         color: root.mode === DSStateSquare.Ostra ? DS.color.ostra : Qt.alpha(DS.color.grey, root.mode === DSStateSquare.Idle ? 1 : 0)
-        border.width: root.mode === DSStateSquare.Off ? 1 : 0
-        border.color: DS.color.greyDim
+        borderWidth: root.mode === DSStateSquare.Off ? 1 : 0
+        borderColor: DS.color.greyDim
     }
 }

@@ -16,7 +16,7 @@ Item {
         size: 15
         color: root.changed ? DS.color.ink2 : DS.color.greyDim
     }
-    Rectangle {
+    DSBox {
         visible: root.changed
         x: 12
         y: 12
