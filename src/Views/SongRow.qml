@@ -46,14 +46,17 @@ Column {
                 anchors.rightMargin: DS.gutter + (save.visible ? save.width + 8 : 0)
                 anchors.verticalCenter: parent.verticalCenter
                 spacing: 1
+                DSHelp.text: (nameText.truncated ? root.displayName : "") + (nameText.truncated && infoText.truncated ? "\n" : "") + (infoText.truncated ? root.infoLine : "")
 
                 DSText {
+                    id: nameText
                     width: parent.width
                     text: root.displayName
                     color: row.hot ? DS.color.ink : DS.color.ink2
                     decorative: true
                 }
                 DSText {
+                    id: infoText
                     width: parent.width
                     visible: text !== ""
                     text: root.infoLine

@@ -24,6 +24,7 @@ Column {
             anchors.fill: parent
             name: title.text
             description: root.strip.currentCaption
+            help: caption.truncated ? root.strip.currentCaption : ""
             expandable: true
             expanded: root.strip.isOpen
             onClicked: root.strip.isOpen = !root.strip.isOpen
@@ -36,6 +37,7 @@ Column {
             decorative: true
         }
         DSText {
+            id: caption
             anchors.left: title.right
             anchors.leftMargin: 12
             anchors.right: parent.right

@@ -151,6 +151,8 @@ private slots:
     void underReducedMotionContentIsThereAtOnce();
     void aFieldSubmitsWithReturnAndCancelsWithEscape();
     void aFieldThatTakesTheKeyboardHasItAtOnce();
+    void aLongTextLeavesTheEdgesOfItsFieldAlone_data();
+    void aLongTextLeavesTheEdgesOfItsFieldAlone();
     void rowsAreAskedNotTicked();
 };
 
@@ -585,6 +587,32 @@ void TestComponents::aFieldThatTakesTheKeyboardHasItAtOnce()
     const Stage stage("DSReveal { width: 100; content: DSTextField { takesFocus: true } }");
     stage.subject()->setProperty("shown", true);
     QVERIFY(stage.part("item")->hasActiveFocus());
+}
+
+void TestComponents::aLongTextLeavesTheEdgesOfItsFieldAlone_data()
+{
+    QTest::addColumn<int>("cursor");
+    QTest::newRow("its end is seen") << 40;
+    QTest::newRow("its middle is seen") << 20;
+    QTest::newRow("its beginning is seen") << 0;
+}
+
+void TestComponents::aLongTextLeavesTheEdgesOfItsFieldAlone()
+{
+    QFETCH(int, cursor);
+    const Stage stage("DSTextField { width: 100; text: 'M'.repeat(40) }");
+    stage.subject()->setProperty("cursorPosition", cursor);
+    const QImage image = stage.window()->grabWindow();
+    const QRect field(20, 20, 100, qRound(stage.subject()->height()));
+    for (int y = field.top() + 4; y <= field.bottom() - 4; ++y) {
+        for (const int edge : {field.left(), field.right()}) {
+            QCOMPARE(image.pixel(edge, y), ostra::DS::Color::line);
+        }
+        for (int inset = 1; inset <= 4; ++inset) {
+            QCOMPARE(image.pixel(field.left() + inset, y), ostra::DS::Color::paper);
+            QCOMPARE(image.pixel(field.right() - inset, y), ostra::DS::Color::paper);
+        }
+    }
 }
 
 void TestComponents::rowsAreAskedNotTicked()

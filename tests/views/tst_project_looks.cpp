@@ -303,6 +303,39 @@ private slots:
         QCOMPARE(help(u"Big"_s), line);
     }
 
+    void whatTheRowsOfACardCutShortIsInTheirHelp()
+    {
+        const QString longName = u"The Night Drive and All the Other Songs We Never Finished"_s;
+        ViewFixture view;
+        view.service.answer(
+            u"version_list"_s,
+            Answer::line(R"({"type":"versions","versions":[)"
+                         R"({"name":"the mix that went to the mastering engineer in the end",)"
+                         R"("created":"2025-03-04T10:00:00Z","songs":[]}]})"));
+        view.setStatus(
+            {RepoJson{.name = u"Demo"_s,
+                      .songs = {SongJson{.filename = u"Mix.als"_s, .lastVersion = u"v1"_s},
+                                SongJson{.filename = longName + u".als"_s, .lastVersion = longName},
+                                SongJson{.filename = u"Intro.als"_s, .lastVersion = longName}}}});
+        view.show();
+        view.press(u"Demo"_s);
+        view.press(u"Album versions"_s);
+        const auto help = [&view](const QString &words) {
+            return helpOf(text(view, words)->parentItem());
+        };
+        const QString line =
+            view.find(QAccessible::Button, longName)->text(QAccessible::Description);
+        QCOMPARE(line, u"main · "_s + longName);
+        QCOMPARE(help(u"Mix"_s), QString());
+        QCOMPARE(help(longName), longName + u'\n' + line);
+        QCOMPARE(help(u"Intro"_s), line);
+
+        const auto *strip = view.find(QAccessible::Button, u"Album versions"_s)->object();
+        const QString current =
+            u"current · the mix that went to the mastering engineer in the end"_s;
+        QCOMPARE(strip->property("help").toString(), current);
+    }
+
     void theMarkOfASongTellsItsStateAndLeavesTheRowLit()
     {
         ViewFixture view;

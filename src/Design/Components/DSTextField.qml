@@ -52,10 +52,23 @@ TextInput {
         height: root.height
         radius: DS.radius
         color: DS.color.paper
+    }
+    // What is scrolled out of a long text ends before the border.
+    DSBox {
+        visible: root.contentWidth > root.width - root.leftPadding - root.rightPadding
+        width: root.width
+        height: root.height
+        radius: DS.radius
+        borderWidth: root.topPadding + 1
+        borderColor: DS.color.paper
+    }
+    DSBox {
+        width: root.width
+        height: root.height
+        radius: DS.radius
         borderWidth: 1
         borderColor: root.activeFocus ? DS.color.ink2 : pointer.hovered ? DS.color.greyDim : DS.color.line
     }
-
     DSText {
         x: root.leftPadding
         width: root.width - root.leftPadding - root.rightPadding
