@@ -31,9 +31,18 @@ SingleInstance::SingleInstance(const QString &folder, QObject *parent)
 SingleInstance::Start SingleInstance::start(const QByteArray &activationToken,
                                             std::chrono::milliseconds patience)
 {
-    if (m_lock.open(QFile::ReadWrite) && ::flock(m_lock.handle(), LOCK_EX | LOCK_NB) != 0 &&
-        errno == EWOULDBLOCK) {
-        return askHolder(activationToken, patience) ? Start::handedOver : Start::unreachable;
+    const QDeadlineTimer deadline(patience);
+    const bool canLock = m_lock.open(QFile::ReadWrite);
+    while (canLock && ::flock(m_lock.handle(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        if (askHolder(activationToken, deadline)) {
+            return Start::handedOver;
+        }
+        if (deadline.hasExpired()) {
+            return Start::unreachable;
+        }
+        // The holder may be just starting and not listen yet, or be ending and answer no more; this
+        // start has no window to freeze.
+        QThread::msleep(50);
     }
     // Whoever holds the lock owns the socket's name, so what lies there is left over.
     QLocalServer::removeServer(m_socketPath);
@@ -42,24 +51,16 @@ SingleInstance::Start SingleInstance::start(const QByteArray &activationToken,
     return Start::first;
 }
 
-bool SingleInstance::askHolder(const QByteArray &activationToken,
-                               std::chrono::milliseconds patience) const
+bool SingleInstance::askHolder(const QByteArray &activationToken, QDeadlineTimer deadline) const
 {
-    const QDeadlineTimer deadline(patience);
-    // The holder may be just starting and not listen yet; this start has no window to freeze.
-    while (!deadline.hasExpired()) {
-        QLocalSocket socket;
-        socket.connectToServer(m_socketPath);
-        if (socket.waitForConnected(100)) {
-            socket.write(kShow + activationToken.simplified() + '\n');
-            if (socket.waitForReadyRead(static_cast<int>(deadline.remainingTime()))) {
-                return socket.readAll().startsWith(kShown);
-            }
-            return false;
-        }
-        QThread::msleep(50);
+    QLocalSocket socket;
+    socket.connectToServer(m_socketPath);
+    if (!socket.waitForConnected(100)) {
+        return false;
     }
-    return false;
+    socket.write(kShow + activationToken.simplified() + '\n');
+    return socket.waitForReadyRead(static_cast<int>(deadline.remainingTime())) &&
+           socket.readAll().startsWith(kShown);
 }
 
 void SingleInstance::answer()

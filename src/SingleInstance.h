@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDeadlineTimer>
 #include <QFile>
 #include <QLocalServer>
 #include <QObject>
@@ -20,7 +21,8 @@ public:
     explicit SingleInstance(const QString &folder, QObject *parent = nullptr);
 
     /// Takes the lock, or asks the holder to show itself and waits at most `patience` for its
-    /// answer. `activationToken` is the one that the desktop gave this start, or empty.
+    /// answer, or for its end: then this is the first. `activationToken` is the one that the
+    /// desktop gave this start, or empty.
     Start start(const QByteArray &activationToken,
                 std::chrono::milliseconds patience = std::chrono::seconds(5));
 
@@ -29,7 +31,7 @@ signals:
     void showRequested(const QByteArray &activationToken);
 
 private:
-    bool askHolder(const QByteArray &activationToken, std::chrono::milliseconds patience) const;
+    bool askHolder(const QByteArray &activationToken, QDeadlineTimer deadline) const;
     void answer();
 
     QString m_socketPath;

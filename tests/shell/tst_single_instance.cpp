@@ -79,6 +79,21 @@ private slots:
         SingleInstance second(folder());
         QCOMPARE(second.start({}, 100ms), SingleInstance::Start::unreachable);
     }
+    void aHolderThatEndsInsteadOfAnsweringLeavesItsPlace()
+    {
+        QVERIFY(QDir().mkpath(folder()));
+        QFile lock(folder() + u"/client.lock"_s);
+        QVERIFY(lock.open(QFile::ReadWrite));
+        QCOMPARE(::flock(lock.handle(), LOCK_EX), 0);
+        QLocalServer ending;
+        QLocalServer::removeServer(folder() + u"/client.sock"_s);
+        QVERIFY(ending.listen(folder() + u"/client.sock"_s));
+        connect(&ending, &QLocalServer::newConnection, this, [&] {
+            ending.close(); // with whoever waits on it
+            lock.close();
+        });
+        QCOMPARE(startElsewhere({}), SingleInstance::Start::first);
+    }
     void nonsenseOnTheSocketIsIgnored()
     {
         SingleInstance first(folder());
