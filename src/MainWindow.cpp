@@ -88,9 +88,6 @@ void MainWindow::fill()
     connect(m_content, SIGNAL(closeRequested()), this, SLOT(close()));
     connect(m_content, SIGNAL(guideRequested()), this, SIGNAL(guideRequested()));
     connect(m_content, SIGNAL(rescanRequested()), this, SIGNAL(rescanRequested()));
-    // The dialog's desktop knows windows of X11 by number, and no others.
-    const bool isX11 = QGuiApplication::platformName() == u"xcb";
-    view()->setFolderChooser(&m_folderChooser, isX11 ? m_window->winId() : 0);
 }
 
 void MainWindow::setMode(Mode mode)
@@ -168,6 +165,12 @@ void MainWindow::map()
     m_window->show();
     if (appears && m_mode == Mode::docked) {
         keepOutOfTaskBar(*m_window);
+    }
+    if (m_content != nullptr) {
+        // The dialog's desktop knows windows of X11 by number, and no others. A window that has
+        // changed its kind has another number.
+        const bool isX11 = QGuiApplication::platformName() == u"xcb";
+        view()->setFolderChooser(&m_folderChooser, isX11 ? m_window->winId() : 0);
     }
 }
 

@@ -31,9 +31,9 @@ MenubarItem::MenubarItem(DaemonState &daemon, TrayWatcher &trays, QObject *paren
     // A menu of the desktop's, which is not set in the window's face.
     m_menu.setFont(QFontDatabase::systemFont(QFontDatabase::GeneralFont));
     m_menu.addAction(QStringLiteral("Open OSTRA"), this, &MenubarItem::openRequested);
-    m_keepOpen = m_menu.addAction(QStringLiteral("Keep open"));
-    m_keepOpen->setCheckable(true);
-    connect(m_keepOpen, &QAction::toggled, this, &MenubarItem::keepOpenToggled);
+    QAction *keepOpen = m_menu.addAction(QStringLiteral("Keep open"));
+    keepOpen->setCheckable(true);
+    connect(keepOpen, &QAction::toggled, this, &MenubarItem::keepOpenToggled);
     m_menu.addSeparator();
     m_menu.addAction(QStringLiteral("Retry"), &m_daemon, &DaemonState::retry);
     m_menu.addAction(QStringLiteral("Settings"), this, &MenubarItem::settingsRequested);
@@ -52,11 +52,6 @@ MenubarItem::~MenubarItem() = default;
 QRect MenubarItem::geometry() const
 {
     return m_icon ? m_icon->geometry() : QRect();
-}
-
-void MenubarItem::setKeepsOpen(bool keepsOpen)
-{
-    m_keepOpen->setChecked(keepsOpen);
 }
 
 void MenubarItem::followTray()
@@ -82,7 +77,6 @@ void MenubarItem::followTray()
     } else {
         m_icon.reset();
     }
-    emit shownChanged();
 }
 
 void MenubarItem::update()

@@ -32,7 +32,6 @@ public:
     /// Where the item is, in logical pixels of the virtual desktop; empty where the platform does
     /// not tell.
     QRect geometry() const;
-    void setKeepsOpen(bool keepsOpen);
 
 signals:
     void toggleRequested(); ///< the item itself was clicked
@@ -40,7 +39,6 @@ signals:
     void settingsRequested();
     void quitRequested();
     void keepOpenToggled(bool keepOpen);
-    void shownChanged();
 
 private:
     void followTray();
@@ -50,7 +48,6 @@ private:
     TrayWatcher &m_trays;
     IconStyle m_iconStyle;
     QMenu m_menu;
-    QAction *m_keepOpen = nullptr;
     std::unique_ptr<QSystemTrayIcon> m_icon;
 };
 

@@ -189,6 +189,23 @@ class WithATray(harness.EndToEnd):
         harness.eventually(lambda: not windows_of("OSTRA"), "the window hides")
         self.assertIsNone(client.process.poll())
 
+    def test_the_folder_dialog_belongs_to_the_window_as_it_is_now(self):
+        portal = subprocess.Popen(
+            [sys.executable, str(pathlib.Path(__file__).with_name("folder_portal.py"))], text=True,
+            stdout=subprocess.PIPE)
+        self.addCleanup(lambda: (portal.kill(), portal.communicate()))
+        portal.stdout.readline()  # it has its name
+        self.scripted_service()
+        client = self.start_client()
+        client.find("push button", "choose folder")
+        before = windows_of("OSTRA")
+        self.start_tray()
+        self.item()  # the window is another kind of window now, and so another one to the desktop
+        self.assertNotEqual(windows_of("OSTRA"), before)
+        client.find("push button", "choose folder").press()
+        parent = portal.stdout.readline().strip()
+        self.assertEqual(int(parent.removeprefix("x11:"), 16), int(windows_of("OSTRA")[0]))
+
     def test_a_tray_that_dies_brings_the_window_back(self):
         tray = self.start_tray()
         self.scripted_service()
@@ -292,6 +309,19 @@ class WithANotifierHost(harness.EndToEnd):
         client.find("label", "daemon · watching 0 projects")
         self.choose("Settings")
         client.find("heading", "WATCH PATHS")
+
+    def test_kept_open_the_window_stays_when_the_user_turns_elsewhere(self):
+        client = self.start()
+        self.choose("Keep open")
+        self.open_at(640, 10)
+        self.wait_for_the_keyboard(client)
+        other = subprocess.Popen(["xev", "-event", "keyboard"], stdout=subprocess.DEVNULL)
+        self.addCleanup(lambda: (other.kill(), other.wait()))
+        harness.eventually(lambda: not client.find("frame", "OSTRA").has_state("active"),
+                           "another window has the keyboard")
+        self.assertTrue(windows_of("OSTRA"))
+        self.host.ask("activate", at=[640, 10])
+        harness.eventually(lambda: not windows_of("OSTRA"), "a click on the item still closes it")
 
     def test_the_menu_retries_and_quits(self):
         client = self.start()
