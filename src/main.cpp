@@ -9,6 +9,7 @@
 #include <QQuickWindow>
 #include <QtQml/qqmlextensionplugin.h>
 
+#include <csignal>
 #include <cstdio>
 
 Q_IMPORT_QML_PLUGIN(Ostra_CorePlugin)
@@ -19,6 +20,9 @@ using namespace ostra;
 
 int main(int argc, char *argv[])
 {
+    // Whoever reads the output may go: no reason to end. A handler, unlike ignoring, is not
+    // inherited.
+    std::signal(SIGPIPE, [](int) {});
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
     const QString version = QStringLiteral(OSTRA_VERSION);
     QStringList arguments;
@@ -36,6 +40,9 @@ int main(int argc, char *argv[])
     if (!commandLine.gpu) {
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     }
+    // This start's alone, not its children's; before there are threads that read the environment.
+    const QByteArray activationToken = qgetenv("XDG_ACTIVATION_TOKEN");
+    qunsetenv("XDG_ACTIVATION_TOKEN");
     // What takes time and needs nothing else goes on beside all that follows.
     const std::future<void> systemFonts = beginReadingSystemFonts();
     QApplication application(argc, argv);
@@ -51,8 +58,6 @@ int main(int argc, char *argv[])
         commandLine.show ? MainWindow::beginLoading(engine) : MainWindow::Loading();
 
     SingleInstance instance(QDir::homePath() + QStringLiteral("/.ostra"));
-    const QByteArray activationToken = qgetenv("XDG_ACTIVATION_TOKEN");
-    qunsetenv("XDG_ACTIVATION_TOKEN"); // this start's alone, not its children's
     switch (instance.start(activationToken)) {
     case SingleInstance::Start::first:
         break;

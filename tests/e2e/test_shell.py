@@ -1,5 +1,7 @@
 """How the client starts, stays alone, hides and ends."""
 
+import os
+import pathlib
 import signal
 import subprocess
 import unittest
@@ -77,6 +79,35 @@ class TestStarting(harness.EndToEnd):
         client.gone("heading", "WATCH PATHS")
         client.key("ctrl+r")
         service.received('{"cmd":"rescan"}')
+        client.key("ctrl+w")
+        harness.eventually(lambda: client.process.poll() == 0, "without a tray closing ends it")
+
+    def test_f1_opens_the_guide(self):
+        opener = self.home / "bin" / "xdg-open"
+        opener.parent.mkdir()
+        opener.write_text('#!/bin/sh\necho "$1" > "$HOME/opened"\n')
+        opener.chmod(0o755)
+        self.scripted_service()
+        client = self.start_client("--show", PATH=f"{opener.parent}:{os.environ['PATH']}")
+        client.find("label", "daemon · watching 0 projects")
+        client.key("F1")
+        opened = self.home / "opened"
+        harness.eventually(lambda: opened.exists() and opened.read_text(), "the guide")
+        page = pathlib.Path(opened.read_text().strip().removeprefix("file://"))
+        self.assertEqual(page.resolve(), harness.BUILD / "share/ostra/guide/index.html")
+        self.assertIn("guide for musicians", page.read_text())
+
+    def test_the_client_lives_on_when_nobody_reads_its_output_any_more(self):
+        read, write = os.pipe()
+        os.close(read)
+        with os.fdopen(write) as output:
+            process = subprocess.Popen([str(harness.CLIENT), "--show"], stdout=output,
+                                       env=self.environment)
+        client = harness.Client(process, self.home / "client.log")
+        self.clients.append(client)
+        # The service is only started now: until it listens, what is asked fails, which is printed.
+        client.find("label", "daemon · watching 0 projects")
+        self.assertIsNone(process.poll())
 
 
 if __name__ == "__main__":
