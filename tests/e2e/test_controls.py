@@ -14,8 +14,8 @@ REACHED_BY_TAB = [
     "Rename", "Switch", "Relaunch Ableton Live", "Settings", "Quit OSTRA", "Back", "Relaunch now",
     "Keep Ableton as it is", "New variation", "Restore this version", "Remove folder",
     "Rename project", "Version name", "Song name", "nothing",
-    "Bass: volume 0.0 dB → −3.0 dB", "Lead: reverb removed", "Keep", "Take", "Start at login",
-    "from", "Night Drive", "Hovered row"] + [f"scrolled {i}" for i in range(8)]
+    "Bass: volume 0.0 dB → −3.0 dB", "Lead: reverb removed", "Drums: new clip at bar 17", "Keep",
+    "Take", "Start at login", "from", "Night Drive", "Hovered row"] + [f"scrolled {i}" for i in range(8)]
 
 
 class TestControls(harness.EndToEnd):
