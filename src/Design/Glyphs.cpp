@@ -138,22 +138,22 @@ Figure pencil()
 
 Figure gear()
 {
-    constexpr int kTeeth = 8;
+    constexpr int kTeeth = 6;
     Sketch rim;
     for (int tooth = 0; tooth < kTeeth; ++tooth) {
         const qreal middle = 360.0 / kTeeth * tooth;
         const auto point = [&](qreal degrees, qreal radius) {
             const QLineF ray = QLineF::fromPolar(radius, degrees);
-            if (tooth == 0 && degrees < middle - 10) {
+            if (tooth == 0 && degrees < middle - 16) {
                 rim.move(8 + ray.dx(), 8 + ray.dy());
             } else {
                 rim.line(8 + ray.dx(), 8 + ray.dy());
             }
         };
-        point(middle - 13, 4.75);
-        point(middle - 9, 6.5);
-        point(middle + 9, 6.5);
-        point(middle + 13, 4.75);
+        point(middle - 20, 4.75);
+        point(middle - 13, 6.75);
+        point(middle + 13, 6.75);
+        point(middle + 20, 4.75);
     }
     return strokes(rim.close().circle(8, 8, 2));
 }
