@@ -44,9 +44,11 @@ Item {
         anchors.right: restoreButton.left
         anchors.rightMargin: 2
         y: 6
+        width: Math.min(Math.ceil(implicitWidth), root.width / 3)
         text: root.date
         font: DS.mono(9)
         color: DS.color.grey
+        DSHelp.text: dateText.truncated ? root.date : ""
     }
     DSIconButton {
         id: restoreButton

@@ -336,6 +336,25 @@ private slots:
         QCOMPARE(strip->property("help").toString(), current);
     }
 
+    void aTimeThatIsNoneLeavesRoomForTheNameOfItsVersion()
+    {
+        const QString created = u"some time in the spring, before the drummer had left the band"_s;
+        ViewFixture view;
+        view.service.answer(
+            u"version_list"_s,
+            Answer::line(R"({"type":"versions","versions":[)"
+                         R"({"name":"the first rough sequence","songs":[],"created":")" +
+                         created.toUtf8() + R"("}]})"));
+        view.setStatus({kDemo});
+        view.show();
+        view.press(u"Demo"_s);
+        view.press(u"Album versions"_s);
+        const QQuickItem *row = typed(view.view->rootObject(), "VersionRow");
+        QQuickItem *date = text(view, created);
+        QVERIFY2(date->width() <= row->width() / 3, qPrintable(QString::number(date->width())));
+        QCOMPARE(helpOf(date), created);
+    }
+
     void theMarkOfASongTellsItsStateAndLeavesTheRowLit()
     {
         ViewFixture view;
