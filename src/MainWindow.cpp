@@ -136,13 +136,13 @@ void MainWindow::prepare()
 void MainWindow::show(const QRect &item, const QByteArray &activationToken)
 {
     prepare();
-    m_item = item;
     // Where Qt's Wayland platform reads it, and where its status notifier puts the host's own.
     constexpr auto kActivationToken = "XDG_ACTIVATION_TOKEN";
     if (!activationToken.isEmpty()) {
         qputenv(kActivationToken, activationToken);
     }
     if (!m_window->isVisible()) {
+        m_item = item;
         if (m_mode == Mode::ordinary) {
             map();
         }

@@ -4,6 +4,7 @@
 
 #include <QGuiApplication>
 #include <QQmlEngine>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <algorithm>
@@ -86,6 +87,25 @@ private slots:
         };
         QCOMPARE(std::ranges::count_if(QGuiApplication::topLevelWindows(), isOurs), 1);
         QVERIFY(world.window.isVisible());
+    }
+    void askedForAgainItStaysWhereItIs()
+    {
+        World world;
+        world.window.setMode(MainWindow::Mode::docked);
+        world.window.show({}); // nobody knows yet where the item is
+        const auto windows = QGuiApplication::topLevelWindows();
+        const auto found = std::ranges::find(windows, QStringLiteral("OSTRA"), &QWindow::title);
+        QVERIFY(found != windows.end());
+        QWindow &window = **found;
+        window.setPosition(40, 50);
+        world.window.show(QRect(700, 0, 20, 20));
+        QSignalSpy grown(&window, &QWindow::heightChanged);
+        window.setHeight(window.height() + 10);
+        QTRY_COMPARE(grown.size(), 1);
+        QCOMPARE(window.position(), QPoint(40, 50));
+        world.window.hide();
+        world.window.show(QRect(700, 0, 20, 20));
+        QVERIFY(window.position() != QPoint(40, 50));
     }
 };
 
