@@ -31,6 +31,13 @@ class TestStarting(harness.EndToEnd):
         client.find("frame", "OSTRA")
         client.find("label", "daemon · watching 0 projects")
 
+    def test_it_runs_without_a_display(self):
+        service = self.scripted_service()
+        client = self.start_client("--show", QT_QPA_PLATFORM="offscreen")
+        service.received('{"cmd":"status"}')
+        self.assertEqual(self.run_client().returncode, 0)  # it answers, so its window is made
+        self.assertIsNone(client.process.poll())
+
     def test_a_second_start_shows_the_window_of_the_first_and_ends_with_0(self):
         self.scripted_service()
         client = self.start_client("--show")

@@ -45,7 +45,9 @@ LinuxTrayWatcher::LinuxTrayWatcher()
             QString::fromLatin1(signal), this, SLOT(askForNotifierHost()));
     }
     if (const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()) {
-        m_x = x11->connection();
+        m_x = x11->connection(); // null on the offscreen platform
+    }
+    if (m_x) {
         m_selection = atom(m_x, "_NET_SYSTEM_TRAY_S0");
         m_manager = atom(m_x, "MANAGER");
         qGuiApp->installNativeEventFilter(this);

@@ -26,7 +26,7 @@ xcb_atom_t atom(xcb_connection_t *x, std::string_view name)
 void keepOutOfTaskBar(QWindow &window)
 {
     const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!x11) {
+    if (!x11 || !x11->connection()) { // the offscreen platform has the one without the other
         return;
     }
     // Qt writes the window's states when it shows it and knows none for this one: the window
