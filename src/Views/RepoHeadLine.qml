@@ -1,7 +1,7 @@
 import QtQuick
 import Ostra.Design
 
-/// The head line of a project card. The name keeps its width as long as the line allows it.
+/// The head line of a project card. The name is as long as the line allows it.
 Item {
     id: root
 
@@ -9,7 +9,9 @@ Item {
     required property string metaLine
     required property string changedText
     required property bool isExpanded
-    readonly property real changedWidth: changed.visible ? changed.width + 8 : 0
+    readonly property real textLeft: tile.x + tile.width + 10
+    readonly property bool isChanged: root.changedText !== ""
+    readonly property real changedWidth: root.isChanged ? square.width + 6 + changed.implicitWidth + 8 : 0
 
     signal toggleExpand
     signal rename
@@ -42,12 +44,12 @@ Item {
             color: DS.color.ink2
         }
     }
+    // Both texts have their place and width before they are laid out, so that it happens once.
     DSText {
         id: nameText
-        anchors.left: tile.right
-        anchors.leftMargin: 10
+        x: root.textLeft
         y: tile.y - 4
-        width: Math.min(Math.ceil(implicitWidth), root.width - root.changedWidth - x - 26 - DS.gutter)
+        width: root.width - x - 26 - root.changedWidth - DS.gutter
         text: root.name
         font: DS.inter(13.5, Font.DemiBold)
         color: DS.color.ink
@@ -55,9 +57,8 @@ Item {
     }
     DSText {
         id: meta
-        anchors.left: nameText.left
-        anchors.right: parent.right
-        anchors.rightMargin: DS.gutter + root.changedWidth
+        x: root.textLeft
+        width: root.width - x - root.changedWidth - DS.gutter
         anchors.top: nameText.bottom
         anchors.topMargin: 1
         text: root.metaLine
@@ -65,8 +66,7 @@ Item {
         decorative: true
     }
     DSIconButton {
-        anchors.left: nameText.right
-        anchors.leftMargin: 4
+        x: nameText.x + Math.min(Math.ceil(nameText.implicitWidth), nameText.width) + 4
         anchors.verticalCenter: nameText.verticalCenter
         size: 18
         symbol: "pencil"
@@ -74,22 +74,21 @@ Item {
         help: "Rename project"
         onClicked: root.rename()
     }
-    Row {
+    DSStateSquare {
+        id: square
+        anchors.right: changed.left
+        anchors.rightMargin: 6
+        y: changed.y + (changed.height - height) / 2 + 1
+        visible: root.isChanged
+        mode: DSStateSquare.Ostra
+    }
+    DSText {
         id: changed
         anchors.right: parent.right
         anchors.rightMargin: DS.gutter
         anchors.verticalCenter: parent.verticalCenter
-        visible: root.changedText !== ""
-        spacing: 6
-
-        DSStateSquare {
-            y: (changedLabel.height - height) / 2 + 1
-            mode: DSStateSquare.Ostra
-        }
-        DSText {
-            id: changedLabel
-            text: root.changedText
-            color: DS.color.grey
-        }
+        visible: root.isChanged
+        text: root.changedText
+        color: DS.color.grey
     }
 }

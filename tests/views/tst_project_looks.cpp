@@ -254,7 +254,9 @@ private slots:
         QCOMPARE(colorOf(pencil), DS::Color::grey);
         const QRectF button = placeOfButton(view, u"Rename project"_s);
         QCOMPARE(button.size(), QSizeF(18, 18));
-        const QRectF name = placeOf(text(view, u"Demo"_s));
+        const QQuickItem *nameText = text(view, u"Demo"_s);
+        QRectF name = placeOf(nameText);
+        name.setWidth(nameText->implicitWidth());
         QVERIFY(button.left() >= name.right() && button.left() < name.right() + 10);
         QVERIFY(placeOf(text(view, u"2 songs"_s)).top() >= name.bottom());
         const QQuickItem *count = text(view, u"1 changed"_s);
