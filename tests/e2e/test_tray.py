@@ -391,6 +391,15 @@ class WithANotifierHost(harness.EndToEnd):
         self.choose("Open OSTRA")
         client.find("label", "daemon · watching 0 projects")
 
+    def test_a_host_that_hangs_neither_hides_the_window_nor_loses_the_item(self):
+        self.scripted_service()
+        self.host = self.start_host()
+        self.host.process.send_signal(signal.SIGSTOP)
+        client = self.start_client()
+        client.find("label", "daemon · watching 0 projects")
+        self.host.process.send_signal(signal.SIGCONT)
+        self.wait_for_the_item()
+
     def test_a_host_that_appears_late_takes_the_item(self):
         self.scripted_service()
         client = self.start_client()

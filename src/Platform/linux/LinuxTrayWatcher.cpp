@@ -13,6 +13,7 @@ namespace ostra {
 namespace {
 constexpr auto kWatcherService = "org.kde.StatusNotifierWatcher";
 constexpr auto kWatcherPath = "/StatusNotifierWatcher";
+constexpr int kPatience = 3000; // milliseconds; a desktop that hangs must not hide the window
 
 template <typename T>
 using Owned = std::unique_ptr<T, decltype(&std::free)>;
@@ -72,13 +73,16 @@ void LinuxTrayWatcher::askForNotifierHost()
     question.setAutoStartService(false);
     question << QString::fromLatin1(kWatcherService)
              << QStringLiteral("IsStatusNotifierHostRegistered");
-    auto *answer =
-        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
+    auto *answer = new QDBusPendingCallWatcher(
+        QDBusConnection::sessionBus().asyncCall(question, kPatience), this);
     m_answer = answer;
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
         const QDBusPendingReply<QVariant> reply = *answer;
         m_notifierHost = reply.isValid() && reply.value().toBool() ? Tray::present : Tray::absent;
         answer->deleteLater();
+        if (reply.error().type() == QDBusError::NoReply) {
+            askForNotifierHost(); // it is there and will answer when it can
+        }
         tell();
     });
 }
