@@ -12,12 +12,17 @@
 #include <QQuickItem>
 #include <QScreen>
 
+#include <algorithm>
+
 using namespace std::chrono_literals;
 
 namespace ostra {
 
 namespace {
 constexpr auto kDismissalGrace = 700ms; // a slow click
+// In points: what a desktop's frame takes at most, and what a panel keeps free around it.
+constexpr int kFrameHeight = 40;
+constexpr int kFrameGap = 8;
 constexpr auto kWindow = "OstraWindow.qml";
 constexpr auto kContent = "WindowContent.qml";
 
@@ -71,6 +76,7 @@ void MainWindow::make()
     m_window->setPersistentSceneGraph(true);
     connect(m_window.get(), &QWindow::activeChanged, this, &MainWindow::dismissWhenLeft);
     connect(m_window.get(), &QWindow::heightChanged, this, &MainWindow::keepBesideItem);
+    connect(m_window.get(), &QWindow::screenChanged, this, &MainWindow::fitOnScreen);
     applyMode();
 }
 
@@ -151,6 +157,7 @@ void MainWindow::show(const QRect &item, const QByteArray &activationToken)
             fill();
         }
         view()->resetToTop();
+        fitOnScreen();
         keepBesideItem();
     }
     map();
@@ -174,6 +181,19 @@ void MainWindow::map()
     }
 }
 
+void MainWindow::fitOnScreen()
+{
+    const QScreen *screen = m_window->screen();
+    if (m_content == nullptr || screen == nullptr) {
+        return;
+    }
+    // The frame is not known before the window has one.
+    const QMargins frame = m_window->frameMargins();
+    const int around =
+        m_mode == Mode::ordinary ? std::max(kFrameHeight, frame.top() + frame.bottom()) : kFrameGap;
+    m_content->setProperty("mostHeight", screen->availableGeometry().height() - around);
+}
+
 void MainWindow::keepBesideItem()
 {
     if (m_mode != Mode::docked || m_item.isEmpty()) {
@@ -184,6 +204,7 @@ void MainWindow::keepBesideItem()
         return; // a panel may report an item where no screen is any more
     }
     m_window->setScreen(screen);
+    fitOnScreen();
     m_window->setPosition(placeBeside(m_item, screen->availableGeometry(), m_window->size()));
 }
 

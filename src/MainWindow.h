@@ -70,6 +70,7 @@ private:
     void fill();
     void applyMode();
     void map();
+    void fitOnScreen();
     void keepBesideItem();
     void dismissWhenLeft();
     MenuBarViewModel *view() const;

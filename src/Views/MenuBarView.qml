@@ -13,6 +13,8 @@ FocusScope {
 
     required property DaemonState daemon
     required property string versionText
+    /// How much room there is, in points.
+    property real mostHeight: Infinity
     /// What is shown and asked; the shell drives it too.
     readonly property alias model: menu
 
@@ -56,6 +58,7 @@ FocusScope {
         width: root.width
 
         HeaderBar {
+            id: header
             width: parent.width
             relaunchInFlight: root.daemon.abletonRelaunchInFlight
             onRelaunchRequested: menu.confirmingAbletonRelaunch = !menu.confirmingAbletonRelaunch
@@ -79,8 +82,11 @@ FocusScope {
         }
         Item {
             id: pane
+
+            readonly property real mostHeight: Math.min(460, root.mostHeight - header.height - banners.height - footer.height)
+
             width: parent.width
-            height: Math.min(460, root.paneHeight)
+            height: Math.min(pane.mostHeight, root.paneHeight)
             clip: true
 
             ProjectList {
@@ -88,7 +94,7 @@ FocusScope {
                 objectName: "projectList"
                 width: parent.width
                 // Higher than a short list: the pane follows its content, not the other way round.
-                height: 460
+                height: pane.mostHeight
                 menu: root.model
                 enabled: menu.pane === MenuBarViewModel.Pane.list
                 opacity: enabled ? 1 : 0
@@ -122,6 +128,7 @@ FocusScope {
             }
         }
         StatusFooter {
+            id: footer
             width: parent.width
             connectionState: root.daemon.connectionState
             detailText: menu.footerText

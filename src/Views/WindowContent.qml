@@ -8,6 +8,7 @@ FocusScope {
 
     required property DaemonState daemon
     required property string versionText
+    property alias mostHeight: views.mostHeight
     readonly property alias navigation: views.model
 
     signal closeRequested

@@ -179,6 +179,19 @@ class WithATray(harness.EndToEnd):
         self.assertLess(y, 60)
         self.picture("tray-200-percent")
 
+    def test_on_a_low_screen_the_list_is_shorter_and_the_footer_stays_in_sight(self):
+        self.start_tray()
+        self.scripted_service(status={"type": "status", "repos": [
+            {"name": f"Project {i}", "path": f"/m/{i}", "current_branch": "main", "head_commit": "a",
+             "head_message": "Save", "is_dirty": False, "file_states": []} for i in range(20)]})
+        client = self.start_client(QT_SCALE_FACTOR="2")
+        self.click(self.item())
+        client.find("label", "daemon · watching 20 projects")
+        _, y, _, height = place_of("OSTRA")
+        self.assertLessEqual(y + height, 900)
+        self.assertGreater(height, 800)
+        self.picture("tray-200-percent-low")
+
     def test_a_tray_that_appears_late_takes_the_item(self):
         self.scripted_service()
         client = self.start_client()

@@ -562,6 +562,14 @@ private slots:
         view.settle();
         auto *list = view.view->rootObject()->findChild<QQuickItem *>(u"projectList"_s);
         QCOMPARE(list->parentItem()->height(), 460);
+        QQuickItem *root = view.view->rootObject();
+        root->setProperty("mostHeight", 300);
+        view.settle();
+        QCOMPARE(root->implicitHeight(), 300);
+        QCOMPARE(list->height(), list->parentItem()->height());
+        root->setProperty("mostHeight", 1000);
+        view.settle();
+        QCOMPARE(list->parentItem()->height(), 460);
     }
 
     void aThousandProjectsAreMadeOnlyWhereTheyAreSeen()
