@@ -11,7 +11,7 @@ Item {
     required property bool isExpanded
     readonly property real textLeft: tile.x + tile.width + 10
     readonly property bool isChanged: root.changedText !== ""
-    readonly property real changedWidth: root.isChanged ? square.width + 6 + changed.implicitWidth + 8 : 0
+    readonly property real changedWidth: root.isChanged ? square.width + 6 + changed.implicitWidth + 6 : 0
 
     signal toggleExpand
     signal rename
