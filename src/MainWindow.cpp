@@ -120,6 +120,7 @@ void MainWindow::applyMode()
         // A window that is already mapped does not change its kind.
         m_window->hide();
         m_window->setFlags(flags);
+        fitOnScreen();
         if (wasVisible) {
             map();
         }
@@ -204,7 +205,6 @@ void MainWindow::keepBesideItem()
         return; // a panel may report an item where no screen is any more
     }
     m_window->setScreen(screen);
-    fitOnScreen();
     m_window->setPosition(placeBeside(m_item, screen->availableGeometry(), m_window->size()));
 }
 

@@ -180,7 +180,7 @@ class WithATray(harness.EndToEnd):
         self.picture("tray-200-percent")
 
     def test_on_a_low_screen_the_list_is_shorter_and_the_footer_stays_in_sight(self):
-        self.start_tray()
+        tray = self.start_tray()
         self.scripted_service(status={"type": "status", "repos": [
             {"name": f"Project {i}", "path": f"/m/{i}", "current_branch": "main", "head_commit": "a",
              "head_message": "Save", "is_dirty": False, "file_states": []} for i in range(20)]})
@@ -191,6 +191,11 @@ class WithATray(harness.EndToEnd):
         self.assertLessEqual(y + height, 900)
         self.assertGreater(height, 800)
         self.picture("tray-200-percent-low")
+        tray.kill()
+        tray.wait()
+        # With a frame of its own there is less room.
+        harness.eventually(lambda: place_of("OSTRA")[3] <= 820, lambda: f"{place_of('OSTRA')}")
+        self.picture("tray-200-percent-low-framed")
 
     def test_a_tray_that_appears_late_takes_the_item(self):
         self.scripted_service()

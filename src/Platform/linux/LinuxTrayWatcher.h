@@ -12,7 +12,8 @@
 namespace ostra {
 
 /// Both trays of the Linux desktops: a host of StatusNotifierItems on the session bus, and the
-/// owner of the XEmbed tray selection of the X screen. Nothing is polled and nothing waited for.
+/// owner of the XEmbed tray selection of the X screen. Nothing is polled and nothing waited for;
+/// a host that hangs is asked again when it has let a question run out.
 class LinuxTrayWatcher final : public TrayWatcher, private QAbstractNativeEventFilter {
     Q_OBJECT
 
